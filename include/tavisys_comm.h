@@ -1,0 +1,81 @@
+/** @file tavisys_comm.h
+ *  The message channel: one request and one reply per TCP connection, on port 40001.
+ *
+ *  The channel keeps no state: any number of threads may use it at once, each on a socket of its own.
+ *  Failures are logged through zlog's default category (dzlog) at WARN, the progress of a server's
+ *  exchange at INFO. */
+#ifndef TAVISYS_TAVISYS_COMM_H
+#define TAVISYS_TAVISYS_COMM_H
+
+#include "tp_trlv.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Answers one request; called by deal_data_from_tavisys_msg_channel() in the caller's thread.
+ *  @param type     [in]  message type of the request.
+ *  @param body     [in]  request body, or NULL; freed by the channel afterwards.
+ *  @param length   [in]  bytes in the request body.
+ *  @param reply    [out] NULL at the call; set it to a body from calloc() or malloc(), which the channel
+ *                        sends and frees whatever the result, or leave it.
+ *  @param replylen [out] 0 at the call; bytes in the reply body.
+ *  @return the result that the reply's head carries: 0, or a code that the client's call returns. */
+typedef RTSTATUS (*TRLV_MESSAGE_CB)(INT32_T type, PVOID body, INT32_T length, PVOID *reply,
+                                    INT32_T *replylen);
+
+/** Open the server's listening socket on port 40001. @return the socket, or -1. */
+TAVISYS_API INT32_T svr_open_tavisys_msg_channel(void);
+
+/** Connect to the server of this machine, waiting at most 5 seconds. @return the socket, or -1. */
+TAVISYS_API INT32_T agent_open_tavisys_msg_channel(void);
+
+/** Wait for a client. @param sock [in] listening socket. @return the client's socket, or -1. */
+TAVISYS_API INT32_T monitor_tavisys_msg_channel(INT32_T sock);
+
+/** Close a socket of the channel. @return 0, or -1: not an open socket. */
+TAVISYS_API RTSTATUS close_tavisys_msg_channel(INT32_T sock);
+
+/** Send one message.
+ *  @param head    [in] the head; `length` says how many bytes of body follow.
+ *  @param headlen [in] sizeof(TRLV_MESSAGE_HEAD).
+ *  @param body    [in] the body; may be NULL when the head's length is 0.
+ *  @return bytes sent, or negative: -1 for the socket -1 or a NULL head, else the codes of
+ *          send_trlv_data_to_tcp_communication_channel(), which also judges every other bad socket. */
+TAVISYS_API INT32_T send_data_to_tavisys_msg_channel(INT32_T sock, const TRLV_MESSAGE_HEAD *head,
+                                                     INT32_T headlen, const void *body);
+
+/** Receive one message.
+ *  @return bytes received, or negative: -1 for the socket -1 or a NULL head, else the codes of
+ *          receive_trlv_data_from_tcp_communication_channel(), which has the same arguments. */
+TAVISYS_API INT32_T receive_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MESSAGE_HEAD *head,
+                                                          INT32_T headlen, PVOID *body, INT32_T timeout);
+
+/** Client side, one round trip: send a request, receive its reply. The socket stays open; one exchange
+ *  is all that it serves.
+ *  @param type     [in]  message type.
+ *  @param body     [in]  request body; NULL when length is 0.
+ *  @param length   [in]  bytes in the request body.
+ *  @param reply    [out] receives the reply body (NULL when there is none), which the caller frees with
+ *                        safe_free(); untouched on failure. When NULL, the reply body is dropped.
+ *  @param replylen [out] receives the bytes in the reply body; untouched on failure. May be NULL.
+ *  @param timeout  [in]  seconds, as receive_trlv_data_from_tcp_communication_channel() takes them.
+ *  @return 0, or: -1 a negative socket; -8 a reply of another type; the reply's result when that is not
+ *          0, be it negative or positive; else the negative code of the send or the receive. */
+TAVISYS_API RTSTATUS exchange_data_in_tavisys_msg_channel(INT32_T sock, INT32_T type, const void *body,
+                                                          INT32_T length, PVOID *reply, INT32_T *replylen,
+                                                          INT32_T timeout);
+
+/** Server side, one request: receive it within 2 seconds, have it answered, send the reply. The socket
+ *  stays open.
+ *  @param sock    [in] accepted socket.
+ *  @param handler [in] answers the request.
+ *  @return bytes sent, or negative: -1 for a negative socket or a NULL handler, else the code of the
+ *          receive or the send. */
+TAVISYS_API INT32_T deal_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MESSAGE_CB handler);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

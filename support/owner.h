@@ -1,0 +1,42 @@
+// Owners for what comes from calloc(): freed on every return that does not release it.
+#ifndef TAVISYS_SUPPORT_OWNER_H
+#define TAVISYS_SUPPORT_OWNER_H
+
+#include <cstdlib>
+#include <memory>
+
+#include "support_memory.h"
+
+namespace tavisys {
+
+struct FREE_T {
+    void operator()(void *pointer) const { free(pointer); }
+};
+using OWNED_STRING_T = std::unique_ptr<INT8_T, FREE_T>;
+using OWNED_BODY_T = std::unique_ptr<INT8_T, FREE_T>;
+
+// Calls a family's delete function, which takes the address of the pointer.
+template <auto DELETE>
+struct DELETE_WITH_T {
+    template <class RECORD>
+    void operator()(RECORD *record) const {
+        DELETE(&record);
+    }
+};
+template <class RECORD, auto DELETE>
+using OWNED_T = std::unique_ptr<RECORD, DELETE_WITH_T<DELETE>>;
+
+template <class RECORD>
+RECORD *allocate() {
+    return static_cast<RECORD *>(calloc(1, sizeof(RECORD)));
+}
+
+// Fills a record's field with a copy; false, also for NULL, when there is none.
+inline bool store_copy(INT8_T *&field, const INT8_T *string) {
+    field = safe_strdup(string);
+    return field != nullptr;
+}
+
+} // namespace tavisys
+
+#endif

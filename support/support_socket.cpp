@@ -1,0 +1,227 @@
+#include "support_socket.h"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include "support/transfer.h"
+
+using namespace tavisys;
+
+namespace {
+
+constexpr INT32_T HIGHEST_PORT = 65535;
+constexpr INT32_T CONNECT_TIMEOUT = 5; // seconds
+constexpr INT32_T SEND_TIMEOUT = 5;    // seconds without progress
+
+// A socket that is closed on every return that does not release it.
+class SOCKET_T {
+public:
+    explicit SOCKET_T(int sock) : sock_(sock) {}
+    SOCKET_T(const SOCKET_T &) = delete;
+    SOCKET_T &operator=(const SOCKET_T &) = delete;
+    ~SOCKET_T() {
+        if (sock_ < 0)
+            return;
+        const int error = errno; // what failed before is what the caller asks for
+        close(sock_);
+        errno = error;
+    }
+    int get() const { return sock_; }
+    int release() {
+        const int sock = sock_;
+        sock_ = -1;
+        return sock;
+    }
+
+private:
+    int sock_;
+};
+
+void send_without_delay(int sock) {
+    const int on = 1;
+    setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+// Waits until the socket is ready. False when the time is up or poll fails.
+bool wait_for(int sock, short events, const DEADLINE_T &deadline) {
+    pollfd entry{sock, events, 0};
+    for (;;) {
+        const int ready = poll(&entry, 1, deadline.wait_ms());
+        if (ready > 0)
+            return true;
+        if (ready == 0)
+            errno = ETIMEDOUT;
+        if (ready == 0 || errno != EINTR)
+            return false;
+    }
+}
+
+bool is_for_later(int error) {
+    return error == EAGAIN || error == EWOULDBLOCK;
+}
+
+// Completes a connect that is under way.
+bool finish_connect(int sock) {
+    if (errno != EINPROGRESS && errno != EINTR)
+        return false;
+    if (!wait_for(sock, POLLOUT, DEADLINE_T(CONNECT_TIMEOUT)))
+        return false;
+    int error = 0;
+    socklen_t size = sizeof error;
+    if (getsockopt(sock, SOL_SOCKET, SO_ERROR, &error, &size) < 0)
+        return false;
+    errno = error;
+    return error == 0;
+}
+
+bool make_blocking(int sock) {
+    const int flags = fcntl(sock, F_GETFL);
+    return flags >= 0 && fcntl(sock, F_SETFL, flags & ~O_NONBLOCK) == 0;
+}
+
+// Steps over what has been sent; returns the pieces that are left.
+size_t skip_sent(iovec **pieces, size_t count, size_t sent) {
+    while (count > 0 && sent >= (*pieces)->iov_len) {
+        sent -= (*pieces)->iov_len;
+        (*pieces)++;
+        count--;
+    }
+    if (count > 0) {
+        (*pieces)->iov_base = static_cast<INT8_T *>((*pieces)->iov_base) + sent;
+        (*pieces)->iov_len -= sent;
+    }
+    return count;
+}
+
+} // namespace
+
+int64_t tavisys::receive_bytes(int sock, void *buffer, size_t length, DEADLINE_T &deadline) {
+    size_t received = 0;
+    while (received < length) {
+        const ssize_t count =
+            recv(sock, static_cast<INT8_T *>(buffer) + received, length - received, MSG_DONTWAIT);
+        if (count > 0) {
+            received += static_cast<size_t>(count);
+            deadline.count_moved(count);
+            continue;
+        }
+        if (count == 0)
+            return static_cast<int64_t>(received);
+        if (errno == EINTR)
+            continue;
+        if (!is_for_later(errno) || !wait_for(sock, POLLIN, deadline))
+            break;
+    }
+    return received > 0 ? static_cast<int64_t>(received) : -1;
+}
+
+int64_t tavisys::send_pieces(int sock, iovec *pieces, size_t count) {
+    size_t length = 0;
+    for (size_t i = 0; i < count; i++)
+        length += pieces[i].iov_len;
+
+    DEADLINE_T deadline(SEND_TIMEOUT);
+    size_t sent = 0;
+    while (sent < length) {
+        msghdr message{};
+        message.msg_iov = pieces;
+        message.msg_iovlen = count;
+        const ssize_t now = sendmsg(sock, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (now >= 0) {
+            sent += static_cast<size_t>(now);
+            deadline.count_moved(now);
+            count = skip_sent(&pieces, count, static_cast<size_t>(now));
+            continue;
+        }
+        if (errno == EINTR)
+            continue;
+        if (!is_for_later(errno) || !wait_for(sock, POLLOUT, deadline))
+            break;
+    }
+    return static_cast<int64_t>(sent);
+}
+
+INT32_T create_tcp_server_socket(INT32_T port) {
+    if (port < 0 || port > HIGHEST_PORT) {
+        errno = EINVAL;
+        return -1;
+    }
+    SOCKET_T sock(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (sock.get() < 0)
+        return -1;
+    const int on = 1;
+    if (setsockopt(sock.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) < 0)
+        return -1;
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_ANY);
+    if (bind(sock.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) < 0)
+        return -1;
+    if (listen(sock.get(), SOMAXCONN) < 0)
+        return -1;
+    return sock.release();
+}
+
+INT32_T create_tcp_client_socket(const INT8_T *ipaddr, INT32_T port, INT32_T *sock) {
+    sockaddr_in address{};
+    if (ipaddr == nullptr || sock == nullptr || port < 1 || port > HIGHEST_PORT ||
+        inet_pton(AF_INET, ipaddr, &address.sin_addr) != 1) {
+        errno = EINVAL;
+        return -1;
+    }
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+
+    SOCKET_T connection(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (connection.get() < 0)
+        return -1;
+    if (connect(connection.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) < 0 &&
+        !finish_connect(connection.get()))
+        return -1;
+    if (!make_blocking(connection.get()))
+        return -1;
+    send_without_delay(connection.get());
+    *sock = connection.release();
+    return 0;
+}
+
+INT32_T create_tcp_accept_socket(INT32_T listener) {
+    for (;;) {
+        const int sock = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+        if (sock >= 0) {
+            send_without_delay(sock);
+            return sock;
+        }
+        // A listening socket that doesn't block tells its caller; errors of one connection concern
+        // nobody but its peer.
+        if (errno != EINTR && errno != ECONNABORTED && errno != EPROTO)
+            return -1;
+    }
+}
+
+RTSTATUS close_tcp_socket(INT32_T sock) {
+    // On Linux the descriptor is gone also when close() is interrupted: never close twice.
+    return close(sock) == 0 || errno == EINTR ? 0 : -1;
+}
+
+INT32_T send_data_to_tcp_socket(INT32_T sock, const void *data, INT32_T length) {
+    if (data == nullptr || length < 0)
+        return -1;
+    iovec piece{const_cast<void *>(data), static_cast<size_t>(length)};
+    return send_pieces(sock, &piece, 1) == length ? length : -1;
+}
+
+INT32_T receive_data_from_tcp_socket(INT32_T sock, PVOID buffer, INT32_T length, INT32_T timeout) {
+    if (buffer == nullptr || length < 1)
+        return -1;
+    DEADLINE_T deadline(timeout);
+    return static_cast<INT32_T>(receive_bytes(sock, buffer, static_cast<size_t>(length), deadline));
+}
