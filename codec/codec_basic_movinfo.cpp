@@ -1,0 +1,204 @@
+#include "codec_basic_movinfo.h"
+
+#include "codec/wire.h"
+#include "support/log.h"
+#include "support_memory.h"
+
+using namespace tavisys;
+using namespace tavisys::wire;
+
+namespace {
+
+constexpr const char *LOG_FILE = "codec/codec_basic_movinfo.c";
+
+struct BASIC_MOVIE_WIRE {
+    using RECORD = TP_TAVISYS_BASIC_MOVIE_INFORMATION_T;
+    static constexpr auto FIELDS =
+        std::make_tuple(integer(&RECORD::movid), string(&RECORD::movcode), string(&RECORD::movname),
+                        integer(&RECORD::score), integer(&RECORD::puttime), integer(&RECORD::pubtime),
+                        string(&RECORD::nposter), string(&RECORD::bposter), string(&RECORD::acronym),
+                        integer(&RECORD::category_id), integer(&RECORD::year_id), ids(&RECORD::kind_ids),
+                        ids(&RECORD::area_ids), ids(&RECORD::dimension_ids), ids(&RECORD::resolution_ids),
+                        string(&RECORD::hdsn), integer(&RECORD::index));
+};
+
+struct PAGE_NUMBERS_WIRE {
+    using RECORD = TP_PAGE_INFORMATION;
+    static constexpr auto FIELDS =
+        std::make_tuple(integer(&RECORD::pagenum), integer(&RECORD::pagesize), integer(&RECORD::totalpages),
+                        integer(&RECORD::totalmovies), integer(&RECORD::replymovies));
+};
+
+// A page whose movies travel in the given form.
+template <class MOVIE>
+struct PAGE_WIRE {
+    using RECORD = TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T;
+    static constexpr auto FIELDS = std::make_tuple(record<PAGE_NUMBERS_WIRE>(&RECORD::pageinfo),
+                                                   list<MOVIE>(&RECORD::list, EMPTY_NODE_T::SKIPPED));
+};
+
+// The functions whose names the log lines of a page carry, one pair for each form.
+struct PAGE_FUNCTIONS_T {
+    const char *page;
+    const char *list;
+};
+constexpr PAGE_FUNCTIONS_T PLAIN_FUNCTIONS = {"encode_tavisys_basic_movie_ext_information_to_message",
+                                              "encode_tavisys_basic_movie_information_list_to_buffer"};
+
+template <class MOVIE>
+bool encode_page_list(WRITER_T &to, const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *list,
+                      const PVOID message, const char *function) {
+    if (list == nullptr) {
+        TAVISYS_LOG_AS(function, ZLOG_LEVEL_WARN, "参数获取出错! list(%p) message(%p)",
+                       static_cast<const void *>(list), message);
+        return false;
+    }
+    if (!to.integer(count_records(list))) {
+        TAVISYS_LOG_AS(function, ZLOG_LEVEL_WARN, "failed to encode_int_data_to_buffer");
+        return false;
+    }
+    if (!encode_records<MOVIE>(to, list, EMPTY_NODE_T::SKIPPED)) {
+        TAVISYS_LOG_AS(function, ZLOG_LEVEL_WARN,
+                       "failed to encode_tavisys_basic_movie_information_to_buffer");
+        return false;
+    }
+    return true;
+}
+
+template <class MOVIE>
+RTSTATUS encode_page(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *info, PVOID *msgdata, INT32_T *msglen,
+                     const PAGE_FUNCTIONS_T &functions) {
+    if (info == nullptr || msgdata == nullptr || msglen == nullptr) {
+        TAVISYS_LOG_AS(functions.page, ZLOG_LEVEL_WARN, "参数获取出错! info(%p) msgdata(%p) msglen(%p)",
+                       static_cast<const void *>(info), static_cast<void *>(msgdata),
+                       static_cast<void *>(msglen));
+        return -1;
+    }
+    const int64_t length = length_of<PAGE_WIRE<MOVIE>>(*info);
+    if (length < 1 || length > LONGEST_BODY) {
+        TAVISYS_LOG_AS(functions.page, ZLOG_LEVEL_WARN, "出错,获取的长度(%d)小于0",
+                       static_cast<INT32_T>(length));
+        return -1;
+    }
+    OWNED_BODY_T body(static_cast<INT8_T *>(calloc(1, static_cast<size_t>(length))));
+    if (body == nullptr) {
+        TAVISYS_LOG_AS(functions.page, ZLOG_LEVEL_WARN, "创建内存失败..");
+        return -1;
+    }
+    WRITER_T to(body.get(), static_cast<INT32_T>(length));
+    if (!encode<PAGE_NUMBERS_WIRE>(to, info->pageinfo) ||
+        !encode_page_list<MOVIE>(to, info->list, body.get(), functions.list)) {
+        TAVISYS_LOG_AS(functions.page, ZLOG_LEVEL_WARN, "出错..");
+        return -1;
+    }
+    *msgdata = body.release();
+    *msglen = to.written();
+    return 0;
+}
+
+bool has_code(const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node, const INT8_T *movcode) {
+    return node->info != nullptr && safe_strcasecmp(node->info->movcode, movcode) == 0;
+}
+
+} // namespace
+
+// The engine frees ids records through the delete below, so that array and record are known here alone.
+BASIC_MOVIE_IDS_T *create_tavisys_basic_movie_ids_information(INT32_T number) {
+    if (number < 1)
+        return nullptr;
+    auto *values = static_cast<INT32_T *>(calloc(static_cast<size_t>(number), sizeof(INT32_T)));
+    if (values == nullptr)
+        return nullptr;
+    auto *info = allocate<BASIC_MOVIE_IDS_T>();
+    if (info == nullptr) {
+        free(values);
+        return nullptr;
+    }
+    *info = {number, values};
+    return info;
+}
+
+void delete_tavisys_basic_movie_ids_information(BASIC_MOVIE_IDS_T **info) {
+    if (info == nullptr || *info == nullptr)
+        return;
+    free((*info)->ids);
+    free(*info);
+    *info = nullptr;
+}
+
+TP_TAVISYS_BASIC_MOVIE_INFORMATION_T *create_tavisys_basic_movie_information(void) {
+    return allocate<TP_TAVISYS_BASIC_MOVIE_INFORMATION_T>();
+}
+
+void delete_tavisys_basic_movie_information(TP_TAVISYS_BASIC_MOVIE_INFORMATION_T **info) {
+    delete_record<BASIC_MOVIE_WIRE>(info);
+}
+
+TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *
+create_tavisys_basic_movie_information_list_node(TP_TAVISYS_BASIC_MOVIE_INFORMATION_T *info) {
+    return create_node<TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T>(info);
+}
+
+void add_node_to_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list,
+                                                      TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node) {
+    append_node(list, node);
+}
+
+void add_touchscreen_node_to_tavisys_basic_movie_information_list(
+    TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list, TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node) {
+    if (list == nullptr || node == nullptr)
+        return;
+    if (*list == nullptr) {
+        *list = node;
+        return;
+    }
+    const INT8_T *movcode = node->info == nullptr ? nullptr : node->info->movcode;
+    const auto *same = find_node(*list, [&](const auto *other) { return has_code(other, movcode); });
+    if (node->info == nullptr || same == nullptr) {
+        append_node(list, node);
+        return;
+    }
+    LOG_INFO("查找到相同 (%s)movcode(%s) 无需加入列表..",
+             node->info->movname == nullptr ? "" : node->info->movname, movcode == nullptr ? "" : movcode);
+    delete_list<BASIC_MOVIE_WIRE>(&node);
+}
+
+void delete_tavisys_basic_movie_information_list_node(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **node) {
+    delete_list_node<BASIC_MOVIE_WIRE>(node);
+}
+
+void delete_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list) {
+    delete_list<BASIC_MOVIE_WIRE>(list);
+}
+
+TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *create_tavisys_basic_movie_ext_information(void) {
+    return allocate<TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T>();
+}
+
+void delete_tavisys_basic_movie_ext_information(TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **info) {
+    delete_record<PAGE_WIRE<BASIC_MOVIE_WIRE>>(info);
+}
+
+RTSTATUS
+encode_tavisys_basic_movie_ext_information_to_message(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *info,
+                                                      PVOID *msgdata, INT32_T *msglen) {
+    return encode_page<BASIC_MOVIE_WIRE>(info, msgdata, msglen, PLAIN_FUNCTIONS);
+}
+
+RTSTATUS
+encode_tavisys_basic_movie_information_list_to_message(const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *list,
+                                                       PVOID *msgdata, INT32_T *msglen) {
+    return encode_list_to_message<BASIC_MOVIE_WIRE>(list, EMPTY_NODE_T::SKIPPED, msgdata, msglen);
+}
+
+INT32_T
+decode_tavisys_basic_movie_ext_information_from_message(const void *msgdata, INT32_T msglen,
+                                                        TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **info) {
+    return decode_record_from_message<PAGE_WIRE<BASIC_MOVIE_WIRE>>(msgdata, msglen, info);
+}
+
+INT32_T
+decode_tavisys_basic_movie_information_list_from_message(const void *msgdata, INT32_T msglen,
+                                                         TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list) {
+    return decode_list_from_message<BASIC_MOVIE_WIRE>(msgdata, msglen, list);
+}

@@ -1,0 +1,510 @@
+// The record engine. A record family states its wire order once, as a WIRE description:
+//
+//     struct VIDEO_WIRE {
+//         using RECORD = TP_TAVISYS_VIDEO_INFORMATION_T;
+//         static constexpr auto FIELDS = std::make_tuple( // in the order of the wire
+//             integer(&RECORD::id), integer(&RECORD::seqno), string(&RECORD::name), string(&RECORD::mp4));
+//     };
+//
+// and length, encoder, decoder and delete follow from it:
+//
+//     integer(&R::field)            4 bytes: INT32_T, UINT32_T or a 32-bit enumeration
+//     string(&R::field)             owned string, NULL allowed
+//     label(&R::field)              as string, but the family's delete leaves it to its caller
+//     record<WIRE>(&R::field)       a record held by value: its fields, one behind the other
+//     optional<WIRE>(&R::field)     an owned record or NULL: a flag 1 and its fields, or a lone flag 0
+//     ids(&R::field)                an owned counted array of ids or NULL: the count, then the ids
+//     list<WIRE>(&R::field, rule)   an owned list: the count of its records, then the records
+//
+// A list field that is NULL can't be encoded. The rule says what becomes of a node without a record:
+// SKIPPED writes nothing and isn't counted; REFUSED fails the whole encoding.
+//
+// Everything is resolved at compile time: a record's encoder is the straight-line code that one would
+// write by hand, with one check of the room that is left for each field.
+#ifndef TAVISYS_CODEC_WIRE_H
+#define TAVISYS_CODEC_WIRE_H
+
+#include <cstdint>
+#include <tuple>
+#include <type_traits>
+
+#include "codec_basic_movinfo.h"
+#include "support/codec_primitive.h"
+#include "support/list.h"
+#include "support/owner.h"
+
+namespace tavisys::wire {
+
+// ---- What a description is made of
+
+enum class EMPTY_NODE_T { SKIPPED, REFUSED };
+
+template <class RECORD, class VALUE>
+struct INTEGER_T {
+    static_assert(sizeof(VALUE) == INTEGER_LENGTH && (std::is_integral_v<VALUE> || std::is_enum_v<VALUE>));
+    VALUE RECORD::*member;
+};
+template <class RECORD>
+struct STRING_T {
+    INT8_T *RECORD::*member;
+};
+template <class RECORD>
+struct LABEL_T {
+    INT8_T *RECORD::*member;
+};
+template <class WIRE, class RECORD>
+struct INNER_T {
+    typename WIRE::RECORD RECORD::*member;
+};
+template <class WIRE, class RECORD>
+struct OPTIONAL_T {
+    typename WIRE::RECORD *RECORD::*member;
+};
+template <class RECORD>
+struct IDS_T {
+    BASIC_MOVIE_IDS_T *RECORD::*member;
+};
+template <class WIRE, class RECORD, class NODE>
+struct LIST_T {
+    NODE *RECORD::*member;
+    EMPTY_NODE_T empty_node;
+};
+
+template <class RECORD, class VALUE>
+constexpr INTEGER_T<RECORD, VALUE> integer(VALUE RECORD::*member) {
+    return {member};
+}
+template <class RECORD>
+constexpr STRING_T<RECORD> string(INT8_T *RECORD::*member) {
+    return {member};
+}
+template <class RECORD>
+constexpr LABEL_T<RECORD> label(INT8_T *RECORD::*member) {
+    return {member};
+}
+template <class WIRE, class RECORD>
+constexpr INNER_T<WIRE, RECORD> record(typename WIRE::RECORD RECORD::*member) {
+    return {member};
+}
+template <class WIRE, class RECORD>
+constexpr OPTIONAL_T<WIRE, RECORD> optional(typename WIRE::RECORD *RECORD::*member) {
+    return {member};
+}
+template <class RECORD>
+constexpr IDS_T<RECORD> ids(BASIC_MOVIE_IDS_T *RECORD::*member) {
+    return {member};
+}
+template <class WIRE, class RECORD, class NODE>
+constexpr LIST_T<WIRE, RECORD, NODE> list(NODE *RECORD::*member, EMPTY_NODE_T empty_node) {
+    return {member, empty_node};
+}
+
+// ---- Smallest encoding: every field but a record held by value takes at least one integer
+
+template <class WIRE>
+constexpr INT32_T smallest_length();
+
+template <class FIELD>
+constexpr INT32_T smallest_field(FIELD) {
+    return INTEGER_LENGTH;
+}
+template <class WIRE, class RECORD>
+constexpr INT32_T smallest_field(INNER_T<WIRE, RECORD>) {
+    return smallest_length<WIRE>();
+}
+template <class WIRE>
+constexpr INT32_T smallest_length() {
+    return std::apply([](auto... field) { return (smallest_field(field) + ...); }, WIRE::FIELDS);
+}
+
+// ---- Length
+
+template <class WIRE>
+int64_t length_of(const typename WIRE::RECORD &record);
+
+template <class WIRE, class NODE>
+int64_t list_length(const NODE *list) {
+    if (list == nullptr)
+        return 0;
+    int64_t length = INTEGER_LENGTH;
+    for (const NODE *node = list; node != nullptr; node = next_of(node))
+        if (node->info != nullptr)
+            length += length_of<WIRE>(*node->info);
+    return length;
+}
+
+template <class NODE>
+INT32_T count_records(const NODE *list) {
+    INT32_T count = 0;
+    for (const NODE *node = list; node != nullptr; node = next_of(node))
+        count += node->info != nullptr ? 1 : 0;
+    return count;
+}
+
+template <class RECORD, class VALUE>
+int64_t field_length(const RECORD &, INTEGER_T<RECORD, VALUE>) {
+    return INTEGER_LENGTH;
+}
+template <class RECORD>
+int64_t field_length(const RECORD &from, STRING_T<RECORD> field) {
+    return string_length(from.*field.member);
+}
+template <class RECORD>
+int64_t field_length(const RECORD &from, LABEL_T<RECORD> field) {
+    return string_length(from.*field.member);
+}
+template <class WIRE, class RECORD>
+int64_t field_length(const RECORD &from, INNER_T<WIRE, RECORD> field) {
+    return length_of<WIRE>(from.*field.member);
+}
+template <class WIRE, class RECORD>
+int64_t field_length(const RECORD &from, OPTIONAL_T<WIRE, RECORD> field) {
+    const auto *inner = from.*field.member;
+    return INTEGER_LENGTH + (inner == nullptr ? 0 : length_of<WIRE>(*inner));
+}
+template <class RECORD>
+int64_t field_length(const RECORD &from, IDS_T<RECORD> field) {
+    const BASIC_MOVIE_IDS_T *values = from.*field.member;
+    return INTEGER_LENGTH * (1 + (values == nullptr ? int64_t{0} : values->num));
+}
+template <class WIRE, class RECORD, class NODE>
+int64_t field_length(const RECORD &from, LIST_T<WIRE, RECORD, NODE> field) {
+    return list_length<WIRE>(from.*field.member);
+}
+
+template <class WIRE>
+int64_t length_of(const typename WIRE::RECORD &record) {
+    return std::apply([&](auto... field) { return (field_length(record, field) + ...); }, WIRE::FIELDS);
+}
+
+// ---- Encoding
+
+class WRITER_T {
+public:
+    WRITER_T(void *to, INT32_T length) : start_(static_cast<INT8_T *>(to)), at_(start_), left_(length) {}
+    bool integer(INT32_T value) { return advance(encode_integer(value, at_, left_)); }
+    bool string(const INT8_T *value) { return advance(encode_string(value, at_, left_)); }
+    INT32_T written() const { return static_cast<INT32_T>(at_ - start_); }
+
+private:
+    bool advance(INT32_T count) {
+        if (count < 0)
+            return false;
+        at_ += count;
+        left_ -= count;
+        return true;
+    }
+    INT8_T *start_;
+    INT8_T *at_;
+    INT32_T left_;
+};
+
+template <class WIRE>
+bool encode(WRITER_T &to, const typename WIRE::RECORD &record);
+
+template <class WIRE, class NODE>
+bool encode_records(WRITER_T &to, const NODE *list, EMPTY_NODE_T empty_node) {
+    for (const NODE *node = list; node != nullptr; node = next_of(node)) {
+        if (node->info == nullptr && empty_node == EMPTY_NODE_T::REFUSED)
+            return false;
+        if (node->info != nullptr && !encode<WIRE>(to, *node->info))
+            return false;
+    }
+    return true;
+}
+template <class WIRE, class NODE>
+bool encode_list(WRITER_T &to, const NODE *list, EMPTY_NODE_T empty_node) {
+    return list != nullptr && to.integer(count_records(list)) && encode_records<WIRE>(to, list, empty_node);
+}
+
+template <class RECORD, class VALUE>
+bool encode_field(WRITER_T &to, const RECORD &from, INTEGER_T<RECORD, VALUE> field) {
+    return to.integer(static_cast<INT32_T>(from.*field.member));
+}
+template <class RECORD>
+bool encode_field(WRITER_T &to, const RECORD &from, STRING_T<RECORD> field) {
+    return to.string(from.*field.member);
+}
+template <class RECORD>
+bool encode_field(WRITER_T &to, const RECORD &from, LABEL_T<RECORD> field) {
+    return to.string(from.*field.member);
+}
+template <class WIRE, class RECORD>
+bool encode_field(WRITER_T &to, const RECORD &from, INNER_T<WIRE, RECORD> field) {
+    return encode<WIRE>(to, from.*field.member);
+}
+template <class WIRE, class RECORD>
+bool encode_field(WRITER_T &to, const RECORD &from, OPTIONAL_T<WIRE, RECORD> field) {
+    const auto *inner = from.*field.member;
+    if (inner == nullptr)
+        return to.integer(0);
+    return to.integer(1) && encode<WIRE>(to, *inner);
+}
+template <class RECORD>
+bool encode_field(WRITER_T &to, const RECORD &from, IDS_T<RECORD> field) {
+    const BASIC_MOVIE_IDS_T *values = from.*field.member;
+    const INT32_T count = values == nullptr ? 0 : values->num;
+    if (count < 0 || !to.integer(count))
+        return false;
+    for (INT32_T i = 0; i < count; i++)
+        if (!to.integer(values->ids[i]))
+            return false;
+    return true;
+}
+template <class WIRE, class RECORD, class NODE>
+bool encode_field(WRITER_T &to, const RECORD &from, LIST_T<WIRE, RECORD, NODE> field) {
+    return encode_list<WIRE>(to, from.*field.member, field.empty_node);
+}
+
+template <class WIRE>
+bool encode(WRITER_T &to, const typename WIRE::RECORD &record) {
+    return std::apply([&](auto... field) { return (encode_field(to, record, field) && ...); }, WIRE::FIELDS);
+}
+
+// ---- Delete. WHOLE frees all that a record owns; otherwise its labels stay, as the family's own delete
+// leaves them.
+
+template <class WIRE, bool WHOLE = false>
+void delete_record(typename WIRE::RECORD **info);
+template <class WIRE, bool WHOLE>
+void free_fields(const typename WIRE::RECORD &record);
+
+template <class WIRE, bool WHOLE = false, class NODE>
+void delete_list_node(NODE **node) {
+    if (node == nullptr || *node == nullptr)
+        return;
+    delete_record<WIRE, WHOLE>(&(*node)->info);
+    free(*node);
+    *node = nullptr;
+}
+template <class WIRE, bool WHOLE = false, class NODE>
+void delete_list(NODE **list) {
+    delete_nodes(list, delete_list_node<WIRE, WHOLE, NODE>);
+}
+
+template <bool WHOLE, class RECORD, class VALUE>
+void free_field(const RECORD &, INTEGER_T<RECORD, VALUE>) {}
+template <bool WHOLE, class RECORD>
+void free_field(const RECORD &of, STRING_T<RECORD> field) {
+    free(of.*field.member);
+}
+template <bool WHOLE, class RECORD>
+void free_field(const RECORD &of, LABEL_T<RECORD> field) {
+    if constexpr (WHOLE)
+        free(of.*field.member);
+}
+template <bool WHOLE, class WIRE, class RECORD>
+void free_field(const RECORD &of, INNER_T<WIRE, RECORD> field) {
+    free_fields<WIRE, WHOLE>(of.*field.member);
+}
+template <bool WHOLE, class WIRE, class RECORD>
+void free_field(const RECORD &of, OPTIONAL_T<WIRE, RECORD> field) {
+    auto *inner = of.*field.member;
+    delete_record<WIRE, WHOLE>(&inner);
+}
+template <bool WHOLE, class RECORD>
+void free_field(const RECORD &of, IDS_T<RECORD> field) {
+    auto *values = of.*field.member;
+    delete_tavisys_basic_movie_ids_information(&values);
+}
+template <bool WHOLE, class WIRE, class RECORD, class NODE>
+void free_field(const RECORD &of, LIST_T<WIRE, RECORD, NODE> field) {
+    auto *nodes = of.*field.member;
+    delete_list<WIRE, WHOLE>(&nodes);
+}
+
+template <class WIRE, bool WHOLE>
+void free_fields(const typename WIRE::RECORD &record) {
+    std::apply([&](auto... field) { (free_field<WHOLE>(record, field), ...); }, WIRE::FIELDS);
+}
+template <class WIRE, bool WHOLE>
+void delete_record(typename WIRE::RECORD **info) {
+    if (info == nullptr || *info == nullptr)
+        return;
+    free_fields<WIRE, WHOLE>(**info);
+    free(*info);
+    *info = nullptr;
+}
+
+// ---- Decoding. What a failed decode has built is freed whole: nobody else can reach it.
+
+class READER_T {
+public:
+    READER_T(const void *from, INT32_T length)
+        : start_(static_cast<const INT8_T *>(from)), at_(start_), left_(length) {}
+    bool integer(INT32_T *value) { return advance(decode_integer(at_, left_, value)); }
+    bool string(INT8_T **value) { return advance(decode_string(at_, left_, value)); }
+    INT32_T left() const { return left_; }
+    INT32_T consumed() const { return static_cast<INT32_T>(at_ - start_); }
+
+private:
+    bool advance(INT32_T count) {
+        if (count < 0)
+            return false;
+        at_ += count;
+        left_ -= count;
+        return true;
+    }
+    const INT8_T *start_;
+    const INT8_T *at_;
+    INT32_T left_;
+};
+
+template <class WIRE>
+bool decode(READER_T &from, typename WIRE::RECORD &record);
+
+template <class WIRE>
+typename WIRE::RECORD *decode_new_record(READER_T &from) {
+    if (from.left() < smallest_length<WIRE>())
+        return nullptr; // before anything is allocated for it
+    auto *info = allocate<typename WIRE::RECORD>();
+    if (info != nullptr && !decode<WIRE>(from, *info))
+        delete_record<WIRE, true>(&info);
+    return info;
+}
+
+template <class WIRE, class NODE>
+NODE *decode_new_node(READER_T &from) {
+    auto *info = decode_new_record<WIRE>(from);
+    if (info == nullptr)
+        return nullptr;
+    NODE *node = create_node<NODE>(info);
+    if (node == nullptr)
+        delete_record<WIRE, true>(&info);
+    return node;
+}
+
+// A negative count is an empty list, as a count of 0 is.
+template <class WIRE, class NODE>
+bool decode_list(READER_T &from, NODE **list) {
+    INT32_T count = 0;
+    if (!from.integer(&count) || count > from.left() / smallest_length<WIRE>())
+        return false;
+    TAIL_T<NODE> tail;
+    for (INT32_T i = 0; i < count; i++) {
+        NODE *node = decode_new_node<WIRE, NODE>(from);
+        if (node == nullptr) {
+            NODE *partial = tail.head();
+            delete_list<WIRE, true>(&partial);
+            return false;
+        }
+        tail.append(node);
+    }
+    *list = tail.head();
+    return true;
+}
+
+template <class RECORD, class VALUE>
+bool decode_field(READER_T &from, RECORD &to, INTEGER_T<RECORD, VALUE> field) {
+    INT32_T value = 0;
+    if (!from.integer(&value))
+        return false;
+    to.*field.member = static_cast<VALUE>(value);
+    return true;
+}
+template <class RECORD>
+bool decode_field(READER_T &from, RECORD &to, STRING_T<RECORD> field) {
+    return from.string(&(to.*field.member));
+}
+template <class RECORD>
+bool decode_field(READER_T &from, RECORD &to, LABEL_T<RECORD> field) {
+    return from.string(&(to.*field.member));
+}
+template <class WIRE, class RECORD>
+bool decode_field(READER_T &from, RECORD &to, INNER_T<WIRE, RECORD> field) {
+    return decode<WIRE>(from, to.*field.member);
+}
+template <class WIRE, class RECORD>
+bool decode_field(READER_T &from, RECORD &to, OPTIONAL_T<WIRE, RECORD> field) {
+    INT32_T flag = 0;
+    if (!from.integer(&flag))
+        return false;
+    if (flag == 0)
+        return true; // the record is fresh: its pointer is NULL
+    to.*field.member = decode_new_record<WIRE>(from);
+    return to.*field.member != nullptr;
+}
+template <class RECORD>
+bool decode_field(READER_T &from, RECORD &to, IDS_T<RECORD> field) {
+    INT32_T count = 0;
+    if (!from.integer(&count) || count < 0 || count > from.left() / INTEGER_LENGTH)
+        return false;
+    if (count == 0)
+        return true;
+    BASIC_MOVIE_IDS_T *values = create_tavisys_basic_movie_ids_information(count);
+    to.*field.member = values; // the record owns them from here on
+    if (values == nullptr)
+        return false;
+    for (INT32_T i = 0; i < count; i++)
+        if (!from.integer(&values->ids[i]))
+            return false;
+    return true;
+}
+template <class WIRE, class RECORD, class NODE>
+bool decode_field(READER_T &from, RECORD &to, LIST_T<WIRE, RECORD, NODE> field) {
+    return decode_list<WIRE>(from, &(to.*field.member));
+}
+
+template <class WIRE>
+bool decode(READER_T &from, typename WIRE::RECORD &record) {
+    return std::apply([&](auto... field) { return (decode_field(from, record, field) && ...); },
+                      WIRE::FIELDS);
+}
+
+// ---- What the exported functions are made of
+
+// Allocates a body of the given length, has it filled and hands it out with the bytes written.
+template <class FILL>
+RTSTATUS encode_to_message(int64_t length, PVOID *msgdata, INT32_T *msglen, FILL fill) {
+    if (length < 1 || length > LONGEST_BODY)
+        return -1;
+    OWNED_BODY_T body(static_cast<INT8_T *>(calloc(1, static_cast<size_t>(length))));
+    if (body == nullptr)
+        return -1;
+    WRITER_T to(body.get(), static_cast<INT32_T>(length));
+    if (!fill(to))
+        return -1;
+    *msgdata = body.release();
+    *msglen = to.written();
+    return 0;
+}
+
+template <class WIRE>
+RTSTATUS encode_record_to_message(const typename WIRE::RECORD *info, PVOID *msgdata, INT32_T *msglen) {
+    if (info == nullptr || msgdata == nullptr || msglen == nullptr)
+        return -1;
+    return encode_to_message(length_of<WIRE>(*info), msgdata, msglen,
+                             [&](WRITER_T &to) { return encode<WIRE>(to, *info); });
+}
+
+template <class WIRE, class NODE>
+RTSTATUS encode_list_to_message(const NODE *list, EMPTY_NODE_T empty_node, PVOID *msgdata, INT32_T *msglen) {
+    if (list == nullptr || msgdata == nullptr || msglen == nullptr)
+        return -1;
+    return encode_to_message(list_length<WIRE>(list), msgdata, msglen,
+                             [&](WRITER_T &to) { return encode_list<WIRE>(to, list, empty_node); });
+}
+
+template <class WIRE>
+INT32_T decode_record_from_message(const void *message, INT32_T length, typename WIRE::RECORD **info) {
+    if (message == nullptr || info == nullptr)
+        return -1;
+    READER_T from(message, length);
+    auto *decoded = decode_new_record<WIRE>(from);
+    if (decoded == nullptr)
+        return -1;
+    *info = decoded;
+    return from.consumed();
+}
+
+template <class WIRE, class NODE>
+INT32_T decode_list_from_message(const void *message, INT32_T length, NODE **list) {
+    if (message == nullptr || list == nullptr)
+        return -1;
+    READER_T from(message, length);
+    return decode_list<WIRE>(from, list) ? from.consumed() : -1;
+}
+
+} // namespace tavisys::wire
+
+#endif
