@@ -1,0 +1,76 @@
+#include "dbdata_actor.h"
+
+#include <cstdio>
+#include <tuple>
+
+#include "dbdata_movinfo/attribute.h"
+
+using namespace tavisys;
+
+namespace {
+
+struct ACTOR_T {
+    using RECORD_T = DBDATA_ACTOR_INFORMATION_T;
+    using NODE_T = DBDATA_ACTOR_INFORMATION_LIST_T;
+    static constexpr auto KEY = &RECORD_T::code;
+    static constexpr auto STRINGS = std::tuple{&RECORD_T::code, &RECORD_T::name};
+    static constexpr auto BELOW = &NODE_T::movlist;
+};
+
+} // namespace
+
+DBDATA_ACTOR_INFORMATION_T *create_dbdata_actor_information(const INT8_T *code, const INT8_T *name) {
+    OWNED_RECORD_T<ACTOR_T> record = create_record<ACTOR_T>(code);
+    return record != nullptr && store_copy(record->name, name) ? record.release() : nullptr;
+}
+
+DBDATA_ACTOR_INFORMATION_T *duplicate_dbdata_actor_information(DBDATA_ACTOR_INFORMATION_T *info) {
+    return duplicate_record<ACTOR_T>(info);
+}
+
+void delete_dbdata_actor_information(DBDATA_ACTOR_INFORMATION_T **info) {
+    release_record<ACTOR_T>(info);
+}
+
+DBDATA_ACTOR_INFORMATION_LIST_T *create_dbdata_actor_information_list_node(DBDATA_ACTOR_INFORMATION_T *info,
+                                                                           PVOID list) {
+    return create_list_node<ACTOR_T>(info, list);
+}
+
+DBDATA_ACTOR_INFORMATION_LIST_T *
+create_dbdata_actor_information_list_node_ex(const INT8_T *code, const INT8_T *name, PVOID list) {
+    return create_list_node_ex<ACTOR_T>(create_dbdata_actor_information(code, name), list);
+}
+
+RTSTATUS add_node_to_dbdata_actor_information_list(DBDATA_ACTOR_INFORMATION_LIST_T **list,
+                                                   DBDATA_ACTOR_INFORMATION_LIST_T *node) {
+    return add_list_node<ACTOR_T>(list, node);
+}
+
+DBDATA_ACTOR_INFORMATION_LIST_T *
+found_node_from_dbdata_actor_information_list_by_code(DBDATA_ACTOR_INFORMATION_LIST_T **list,
+                                                      const INT8_T *code) {
+    return list == nullptr ? nullptr : find_by_key<ACTOR_T>(*list, code);
+}
+
+void delete_node_from_dbdata_actor_information_list_by_code(DBDATA_ACTOR_INFORMATION_LIST_T **list,
+                                                            const INT8_T *code) {
+    delete_by_key<ACTOR_T>(list, code);
+}
+
+void delete_dbdata_actor_information_list_node(DBDATA_ACTOR_INFORMATION_LIST_T **node) {
+    delete_list_node<ACTOR_T>(node);
+}
+
+void delete_dbdata_actor_information_list(DBDATA_ACTOR_INFORMATION_LIST_T **list) {
+    delete_list<ACTOR_T>(list);
+}
+
+void show_dbdata_actor_information(const DBDATA_ACTOR_INFORMATION_T *info) {
+    if (info != nullptr)
+        printf("演员编码: %s, 演员名称: %s. 该节点被引用了%d次\n", info->code, info->name, info->count);
+}
+
+void show_dbdata_actor_information_list(const DBDATA_ACTOR_INFORMATION_LIST_T *list, INT32_T show_movie) {
+    show_list(list, show_movie, show_dbdata_actor_information);
+}

@@ -1,0 +1,88 @@
+/** @file dbdata_year.h
+ *  Publishing years of the catalogue. The contract is that of dbdata_resolution.h; the key is the year's
+ *  number. The year 0 stands for all years. */
+#ifndef TAVISYS_DBDATA_YEAR_H
+#define TAVISYS_DBDATA_YEAR_H
+
+#include "tavisystype.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** A publishing year. */
+typedef struct {
+    INT32_T count; /**< references; 1 after creation */
+    INT32_T id;    /**< id of the key, from 1 */
+    INT32_T year;  /**< the key */
+} DBDATA_YEAR_INFORMATION_T;
+
+/** A node of a year list. */
+typedef struct {
+    PVOID next;                      /**< next node, or NULL */
+    DBDATA_YEAR_INFORMATION_T *info; /**< the record; the node holds one reference */
+    PVOID movlist; /**< DBDATA_MOVIE_INFORMATION_LIST_T * of the movies with this value, or NULL; not owned */
+} DBDATA_YEAR_INFORMATION_LIST_T;
+
+/** @param year [in] the key; any number.
+ *  @return a fresh record of count 1, or NULL: memory short. */
+TAVISYS_API DBDATA_YEAR_INFORMATION_T *create_dbdata_year_information(INT32_T year);
+
+/** Add a reference. @return the record that was given. */
+TAVISYS_API DBDATA_YEAR_INFORMATION_T *duplicate_dbdata_year_information(DBDATA_YEAR_INFORMATION_T *info);
+
+/** Release a reference. The last one frees the record and clears the pointer; before that the pointer
+ *  stays as it is. */
+TAVISYS_API void delete_dbdata_year_information(DBDATA_YEAR_INFORMATION_T **info);
+
+/** @param info [in] the record, whose reference passes from the caller to the node; may be NULL.
+ *  @param list [in] the node's `movlist`.
+ *  @return a fresh node, or NULL: memory short, the reference stays the caller's. */
+TAVISYS_API DBDATA_YEAR_INFORMATION_LIST_T *
+create_dbdata_year_information_list_node(DBDATA_YEAR_INFORMATION_T *info, PVOID list);
+
+/** Create a record and a node that holds it. @return the node, or NULL: no record, memory short. */
+TAVISYS_API DBDATA_YEAR_INFORMATION_LIST_T *create_dbdata_year_information_list_node_ex(INT32_T year,
+                                                                                        PVOID list);
+
+/** Append a node at the tail; the list owns it then.
+ *  @return 0 when it was added, or when there was nothing to do: NULL argument, a node without a record
+ *          for a list that is not empty (the node stays the caller's). 1 when the list has that key
+ *          already: nothing was added and the caller must delete the node. */
+TAVISYS_API RTSTATUS add_node_to_dbdata_year_information_list(DBDATA_YEAR_INFORMATION_LIST_T **list,
+                                                              DBDATA_YEAR_INFORMATION_LIST_T *node);
+
+/** @return the first node of that year, which stays in the list, or NULL. */
+TAVISYS_API DBDATA_YEAR_INFORMATION_LIST_T *
+found_node_from_dbdata_year_information_list_by_year(const DBDATA_YEAR_INFORMATION_LIST_T *list,
+                                                     INT32_T year);
+
+/** Unlink and delete the first node of that year. */
+TAVISYS_API void delete_node_from_dbdata_year_information_list_by_year(DBDATA_YEAR_INFORMATION_LIST_T **list,
+                                                                       INT32_T year);
+
+/** Unlink and delete the first node without movies (`movlist` NULL), one at most. To be called when a disk
+ *  is gone and its movies have been taken off the nodes; the serial number must not be NULL and is not
+ *  compared with anything. */
+TAVISYS_API void
+delete_node_from_dbdata_year_information_list_by_harddisk_serialno(DBDATA_YEAR_INFORMATION_LIST_T **list,
+                                                                   const INT8_T *serialno);
+
+/** Release the node's record, free the node, clear the pointer. */
+TAVISYS_API void delete_dbdata_year_information_list_node(DBDATA_YEAR_INFORMATION_LIST_T **node);
+
+/** Delete every node. The head pointer is not cleared: it dangles afterwards. */
+TAVISYS_API void delete_dbdata_year_information_list(DBDATA_YEAR_INFORMATION_LIST_T **list);
+
+/** Print the record to standard output. */
+TAVISYS_API void show_dbdata_publish_year_information(const DBDATA_YEAR_INFORMATION_T *info);
+
+/** Print every record of the list, and after each its movies when show_movie is not 0. */
+TAVISYS_API void show_dbdata_publish_year_information_list(const DBDATA_YEAR_INFORMATION_LIST_T *list,
+                                                           INT32_T show_movie);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
