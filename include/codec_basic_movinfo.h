@@ -33,10 +33,10 @@ typedef struct {
     BASIC_MOVIE_IDS_T *area_ids;       /**< area ids */
     BASIC_MOVIE_IDS_T *dimension_ids;  /**< dimension ids */
     BASIC_MOVIE_IDS_T *resolution_ids; /**< resolution ids */
-    INT8_T *hdsn;                      /**< serial number of the hard disk that holds the movie */
-    INT32_T index;                     /**< tavisys-server: place in the whole result, from 1 */
-    INT32_T totalvideo;                /**< number of videos; touch-screen form only, else 0 */
-    INT32_T duration;                  /**< minutes; touch-screen form only, else 0 */
+    INT8_T *hdsn;       /**< serial number of the hard disk that holds the movie, or its device name */
+    INT32_T index;      /**< tavisys-server: place in the whole result, from 1 */
+    INT32_T totalvideo; /**< number of videos; touch-screen form only, else 0 */
+    INT32_T duration;   /**< minutes; touch-screen form only, else 0 */
 } TP_TAVISYS_BASIC_MOVIE_INFORMATION_T;
 
 /** Node of a movie list. The node owns its record. */

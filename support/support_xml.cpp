@@ -29,6 +29,22 @@ void refuse_unparsed_entity(void *parser, const xmlChar *, const xmlChar *, cons
     xmlStopParser(static_cast<xmlParserCtxt *>(parser));
 }
 
+// Keeps this thread's failures to itself: those of an encoding reach neither the context nor its options,
+// but go to the handler of the thread, which is the host's own.
+class SILENCE_T {
+public:
+    SILENCE_T() {
+        xmlSetStructuredErrorFunc(nullptr, [](void *, xmlError *) {});
+    }
+    ~SILENCE_T() { xmlSetStructuredErrorFunc(context_, handler_); }
+    SILENCE_T(const SILENCE_T &) = delete;
+    SILENCE_T &operator=(const SILENCE_T &) = delete;
+
+private:
+    xmlStructuredErrorFunc handler_ = xmlStructuredError;
+    void *context_ = xmlStructuredErrorContext;
+};
+
 // A stopped parser hands out the tree as far as it came, as if the document ended there.
 bool stopped(const xmlParserCtxt &context) {
     return context.errNo == XML_ERR_USER_STOP || context.errNo == XML_ERR_NO_MEMORY;
@@ -100,6 +116,7 @@ xmlDoc *get_doc_object_from_string(const INT8_T *string) {
 xmlDoc *get_doc_object_from_memory(const void *document, INT32_T length) {
     if (document == nullptr || length < 1)
         return nullptr;
+    const SILENCE_T silence;
     const OWNED_CONTEXT_T context = create_parser();
     if (context == nullptr)
         return nullptr;

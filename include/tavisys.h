@@ -1,0 +1,40 @@
+/** @file tavisys.h
+ *  The whole public interface of libtavisys. */
+#ifndef TAVISYS_TAVISYS_H
+#define TAVISYS_TAVISYS_H
+
+#include "codec_basic_movinfo.h"
+#include "codec_category_info.h"
+#include "codec_detail_movinfo.h"
+#include "codec_filter_info.h"
+#include "codec_kind_info.h"
+#include "codec_player_status_info.h"
+#include "codec_sysinfo.h"
+#include "codec_sysrun_status_info.h"
+#include "codec_version_info.h"
+#include "codec_video_info.h"
+#include "dbdata_actor.h"
+#include "dbdata_area.h"
+#include "dbdata_category.h"
+#include "dbdata_dimension.h"
+#include "dbdata_director.h"
+#include "dbdata_kind.h"
+#include "dbdata_movie.h"
+#include "dbdata_resolution.h"
+#include "dbdata_video.h"
+#include "dbdata_year.h"
+#include "event_list.h"
+#include "metadata_parse.h"
+#include "support_codec.h"
+#include "support_memory.h"
+#include "support_netif.h"
+#include "support_socket.h"
+#include "support_text.h"
+#include "support_trlv.h"
+#include "support_xml.h"
+#include "tavisys_agent_api.h"
+#include "tavisys_comm.h"
+#include "tavisystype.h"
+#include "tp_trlv.h"
+
+#endif
