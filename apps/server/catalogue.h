@@ -1,0 +1,109 @@
+// The catalogue as the requests read it: an immutable snapshot of what has been loaded, with the lists
+// that answer a page without a search. A snapshot is built by the scanner, shared by all readers and
+// freed with its last reader.
+#ifndef TAVISYS_SERVER_CATALOGUE_H
+#define TAVISYS_SERVER_CATALOGUE_H
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "dbdata_movie.h"
+#include "tavisystype.h"
+
+namespace server {
+
+// What tells whether a document is still the one that was loaded.
+struct SIGNATURE_T {
+    uint64_t inode = 0;
+    int64_t size = 0;
+    int64_t modified_ns = 0;
+    int64_t changed_ns = 0;
+    bool operator==(const SIGNATURE_T &) const = default;
+};
+
+// A loaded movie: its record and where its document lies. Never changed once it is loaded, so that any
+// number of snapshots may share it.
+struct MOVIE_T {
+    explicit MOVIE_T(DBDATA_MOVIE_INFORMATION_T *owned) : record(owned) {}
+    MOVIE_T(const MOVIE_T &) = delete;
+    MOVIE_T &operator=(const MOVIE_T &) = delete;
+    ~MOVIE_T() { release_dbdata_movie_information(&record); }
+
+    DBDATA_MOVIE_INFORMATION_T *record;
+    std::string folder; // of the document, below the library folder: "sda/sda1/TV1993-0001"
+    SIGNATURE_T signature;
+};
+using MOVIE_PTR = std::shared_ptr<const MOVIE_T>;
+
+constexpr INT32_T ALL_CATEGORIES = 0;
+constexpr INT32_T NO_FILTER = 0;
+constexpr size_t ORDERS = TP_ORDER_BY_NAME + 1;
+
+using POSITION_T = uint32_t; // of a movie in a snapshot
+using POSITIONS_T = std::vector<POSITION_T>;
+using SORTED_T = std::array<POSITIONS_T, ORDERS>; // the same movies in each order
+
+// One value of an attribute and the movies that carry it.
+struct VALUE_T {
+    const INT8_T *name = nullptr; // belongs to a movie of the snapshot; NULL for a year
+    INT32_T year = 0;             // for a year
+    bool means_all = false;       // the value that every movie carries: "全部", the year 0
+    INT32_T movies = 0;
+    POSITIONS_T positions; // by TP_ORDER_BY_PUT_TIME; empty for a value that means all
+};
+using VALUES_T = std::map<INT32_T, VALUE_T>; // by id
+
+struct CATEGORY_T {
+    const INT8_T *name = nullptr; // NULL for all categories together
+    SORTED_T movies;
+    std::map<INT32_T, SORTED_T> movies_of_kind;                // but for the kind that means all
+    std::array<VALUES_T, TP_FILTER_TYPE_DIMENSION + 1> values; // by TP_FILTER_TYPE_E
+};
+
+struct PAGE_T {
+    INT32_T total = 0;     // movies in the whole result
+    POSITIONS_T positions; // those of the page, in order
+};
+
+class CATALOGUE_T {
+public:
+    CATALOGUE_T(std::vector<MOVIE_PTR> movies, INT32_T disks);
+
+    INT32_T disks() const { return disks_; }
+    const std::vector<MOVIE_PTR> &movies() const { return movies_; }
+    // Categories that hold movies, by id, ALL_CATEGORIES among them.
+    const std::map<INT32_T, CATEGORY_T> &categories() const { return categories_; }
+    const CATEGORY_T *category(INT32_T cid) const;
+    // The movie of that id, or NULL.
+    const MOVIE_T *movie(INT32_T mid) const;
+    // The request's numbers have been checked.
+    PAGE_T page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request) const;
+
+private:
+    void sort_movies();
+    void file_movies();
+    const DBDATA_MOVIE_INFORMATION_T &record(POSITION_T position) const { return *movies_[position]->record; }
+
+    std::vector<MOVIE_PTR> movies_;
+    INT32_T disks_;
+    SORTED_T sorted_;                                 // every movie, in each order
+    std::array<std::vector<uint32_t>, ORDERS> ranks_; // of a position, in each order
+    std::unordered_map<INT32_T, POSITION_T> by_id_;
+    std::map<INT32_T, CATEGORY_T> categories_;
+};
+
+// Category id of a movie that has been loaded: the parser makes sure that there is one.
+INT32_T category_id_of(const DBDATA_MOVIE_INFORMATION_T &movie);
+// Score in tenths, 93 for "9.3"; 0 for a text that is no number from 0 to 10.
+UINT32_T score_of(const DBDATA_MOVIE_INFORMATION_T &movie);
+// Whether a value is the one that stands for all values.
+bool means_all(const INT8_T *name);
+
+} // namespace server
+
+#endif

@@ -1,0 +1,70 @@
+// The server's front door: accepts connections and hands each to the workers once its request has
+// arrived whole, so that a peer that is silent, trickles or stops half-way holds no thread at all. Such a
+// peer is let go 2 seconds after it was accepted. Signals arrive here, too.
+#ifndef TAVISYS_SERVER_INTAKE_H
+#define TAVISYS_SERVER_INTAKE_H
+
+#include <chrono>
+#include <functional>
+#include <list>
+#include <unordered_map>
+
+#include "workers.h"
+
+namespace server {
+
+class INTAKE_T {
+public:
+    // `reload` is called for each SIGHUP.
+    INTAKE_T(int listener, WORKERS_T *workers, std::function<void()> reload);
+    INTAKE_T(const INTAKE_T &) = delete;
+    INTAKE_T &operator=(const INTAKE_T &) = delete;
+    ~INTAKE_T();
+
+    // False, with errno set, when the system lacks what run() needs.
+    bool open();
+    // Serves until SIGTERM or SIGINT, then answers what has been accepted and returns within a second.
+    void run();
+
+private:
+    using CLOCK_T = std::chrono::steady_clock;
+
+    // A connection whose request hasn't arrived yet.
+    struct PENDING_T {
+        int sock;
+        CLOCK_T::time_point deadline;
+    };
+    using PENDING_LIST_T = std::list<PENDING_T>;
+    enum class ARRIVAL_T { WHOLE, PARTIAL, BROKEN };
+
+    void wait_and_handle(int timeout_ms);
+    void accept_connections(size_t most);
+    void pause_accepting();
+    void resume_accepting(CLOCK_T::time_point now);
+    bool make_room();
+    void admit(int sock);
+    void look_at(int sock, bool ended);
+    static ARRIVAL_T arrival_of(int sock);
+    void forget(int sock);
+    void drop_expired(CLOCK_T::time_point now);
+    void read_signals();
+    void finish();
+    bool watch(int file, bool edge_triggered) const;
+
+    int listener_;
+    WORKERS_T *workers_;
+    const std::function<void()> reload_;
+    size_t most_connections_ = 0;
+    int events_ = -1;  // epoll
+    int signals_ = -1; // signalfd
+    bool stop_ = false;
+    bool paused_ = false; // out of descriptors, until
+    CLOCK_T::time_point accept_again_{};
+
+    PENDING_LIST_T pending_; // oldest first: all wait equally long
+    std::unordered_map<int, PENDING_LIST_T::iterator> pending_by_sock_;
+};
+
+} // namespace server
+
+#endif

@@ -1,0 +1,266 @@
+#include "scanner.h"
+
+#include <algorithm>
+#include <chrono>
+#include <new>
+#include <system_error>
+
+#include "event_list.h"
+#include "log.h"
+#include "metadata_parse.h"
+#include "support_memory.h"
+#include "tavisystype.h"
+
+namespace server {
+
+namespace {
+
+using CLOCK_T = std::chrono::steady_clock;
+
+constexpr size_t BATCH = 64; // documents that a parser takes at once
+constexpr auto LOOK_EVERY = std::chrono::milliseconds(50);
+constexpr auto PUBLISH_EVERY = std::chrono::milliseconds(250);
+constexpr int PUBLISH_SHARE = 10; // of the time, at most a tenth goes into unfinished snapshots
+
+// Where the movie lies, as the catalogue records it. False when memory is short.
+bool set_position(DBDATA_MOVIE_INFORMATION_T *movie, const DOCUMENT_T &document) {
+    movie->type = EVENT_HOST_TYPE_LOCALHOST;
+    movie->ipaddr = safe_strdup(TAVISYS_LOCAL_SERVER_ADDRESS);
+    movie->hddevname = safe_strdup(document.disk().c_str());
+    movie->ptdevname = safe_strdup(document.partition().c_str());
+    return movie->ipaddr != nullptr && movie->hddevname != nullptr && movie->ptdevname != nullptr;
+}
+
+// Owns a movie until there is a MOVIE_T to own it.
+struct RELEASE_MOVIE_T {
+    void operator()(DBDATA_MOVIE_INFORMATION_T *record) const { release_dbdata_movie_information(&record); }
+};
+using OWNED_MOVIE_T = std::unique_ptr<DBDATA_MOVIE_INFORMATION_T, RELEASE_MOVIE_T>;
+
+std::string key_of(const DBDATA_MOVIE_INFORMATION_T &movie) {
+    return std::string(movie.hddevname) + '/' + movie.ptdevname + '/' + movie.info->movie_code;
+}
+
+} // namespace
+
+// One scan: the documents, what has become of them, and what has been collected so far.
+class SCANNER_T::SCAN_T {
+public:
+    SCAN_T(SCANNER_T *scanner, LIBRARY_T library)
+        : scanner_(scanner), library_(std::move(library)), outcomes_(library_.documents.size()) {}
+
+    void run(bool publish_early) {
+        const std::vector<std::jthread> parsers = start_parsers(); // joined whatever happens below
+        if (parsers.empty())
+            parse();
+        while (collected_ < library_.documents.size() && !scanner_->stop_) {
+            wait_for_outcomes();
+            collect();
+            scanner_->progress_.show(scanner_->store_->status());
+            if (publish_early)
+                publish_if_due();
+        }
+    }
+    void publish() {
+        scanner_->store_->publish(std::make_shared<const CATALOGUE_T>(movies_, library_.disks));
+    }
+    std::unordered_map<std::string_view, MOVIE_PTR> by_folder() const {
+        std::unordered_map<std::string_view, MOVIE_PTR> result;
+        result.reserve(movies_.size());
+        for (const MOVIE_PTR &movie : movies_)
+            result.emplace(movie->folder, movie);
+        return result;
+    }
+
+private:
+    std::vector<std::jthread> start_parsers() {
+        const size_t batches = (library_.documents.size() + BATCH - 1) / BATCH;
+        const size_t wanted = std::min<size_t>(scanner_->parsers_, batches);
+        std::vector<std::jthread> parsers;
+        parsers.reserve(wanted);
+        try {
+            while (parsers.size() < wanted)
+                parsers.emplace_back([this] { parse(); });
+        } catch (const std::system_error &error) {
+            SERVER_WARN("只能启动%zu个解析线程: %s", parsers.size(), error.what());
+        }
+        return parsers;
+    }
+
+    void parse() {
+        DOCUMENT_READER_T reader(scanner_->root_);
+        for (;;) {
+            const size_t begin = next_.fetch_add(BATCH);
+            const size_t end = std::min(begin + BATCH, library_.documents.size());
+            for (size_t i = begin; i < end; i++) {
+                if (scanner_->stop_)
+                    return;
+                OUTCOME_T outcome = scanner_->load(&reader, library_.documents[i]);
+                scanner_->store_->count(outcome.movie != nullptr);
+                const std::lock_guard lock(mutex_);
+                outcomes_[i] = std::move(outcome);
+                outcomes_[i].finished = true;
+                finished_++;
+            }
+            if (begin >= library_.documents.size())
+                return;
+            if (end == library_.documents.size())
+                changed_.notify_one();
+        }
+    }
+
+    void wait_for_outcomes() {
+        std::unique_lock lock(mutex_);
+        changed_.wait_for(lock, LOOK_EVERY, [this] { return finished_ == library_.documents.size(); });
+    }
+
+    // Takes over what is finished, in the order of the documents, so that the same library gives the same
+    // catalogue whichever parser was faster.
+    void collect() {
+        for (; collected_ < library_.documents.size(); collected_++) {
+            OUTCOME_T outcome;
+            {
+                const std::lock_guard lock(mutex_);
+                if (!outcomes_[collected_].finished)
+                    return;
+                outcome = std::move(outcomes_[collected_]);
+            }
+            keep(std::move(outcome), library_.documents[collected_]);
+        }
+    }
+
+    void keep(OUTCOME_T outcome, const DOCUMENT_T &document) {
+        if (outcome.movie != nullptr && !keys_.insert(key_of(*outcome.movie->record)).second) {
+            scanner_->store_->recount_as_failed();
+            outcome = {nullptr, "同一分区上已有相同影片编码的影片", true};
+        }
+        if (outcome.movie != nullptr) {
+            movies_.push_back(std::move(outcome.movie));
+            return;
+        }
+        scanner_->progress_.hide();
+        SERVER_WARN("跳过影片 %s/%s/metadata.xml: %s", scanner_->root_.c_str(), document.folder.c_str(),
+                    outcome.reason.c_str());
+    }
+
+    void publish_if_due() {
+        const auto now = CLOCK_T::now();
+        const auto pause = std::max<CLOCK_T::duration>(PUBLISH_EVERY, last_cost_ * PUBLISH_SHARE);
+        if (now - published_at_ < pause || collected_ == library_.documents.size())
+            return;
+        publish();
+        published_at_ = CLOCK_T::now();
+        last_cost_ = published_at_ - now;
+    }
+
+    SCANNER_T *scanner_;
+    const LIBRARY_T library_;
+    std::atomic<size_t> next_ = 0;
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<OUTCOME_T> outcomes_;
+    size_t finished_ = 0;
+
+    size_t collected_ = 0;
+    std::vector<MOVIE_PTR> movies_;
+    std::unordered_set<std::string> keys_;
+    CLOCK_T::time_point published_at_ = CLOCK_T::now();
+    CLOCK_T::duration last_cost_{};
+};
+
+SCANNER_T::SCANNER_T(std::string root, unsigned parsers, STORE_T *store)
+    : root_(std::move(root)), parsers_(parsers), store_(store) {}
+
+void SCANNER_T::start() {
+    thread_ = std::thread([this] { run(); });
+}
+
+void SCANNER_T::rescan() {
+    const std::lock_guard lock(mutex_);
+    requested_ = true;
+    wake_.notify_one();
+}
+
+void SCANNER_T::stop() {
+    {
+        const std::lock_guard lock(mutex_);
+        stop_ = true;
+        wake_.notify_one();
+    }
+    if (thread_.joinable())
+        thread_.join();
+}
+
+bool SCANNER_T::wait_for_request() {
+    std::unique_lock lock(mutex_);
+    wake_.wait(lock, [this] { return requested_ || stop_; });
+    requested_ = false;
+    return !stop_;
+}
+
+void SCANNER_T::run() {
+    while (wait_for_request()) {
+        try {
+            scan();
+        } catch (const std::bad_alloc &) { // the catalogue that is there goes on being served
+            SERVER_WARN("内存不足, 扫描未完成");
+            store_->enter(SYSRUN_STATUS_RUNNING);
+        }
+    }
+}
+
+// The first scan shows its movies as they come; a later one leaves the whole old catalogue in place until
+// the new one is whole.
+void SCANNER_T::scan() {
+    const auto begun = CLOCK_T::now();
+    store_->begin(SYSRUN_STATUS_WAITING, 0);
+    LIBRARY_T library = find_documents(root_, stop_);
+    store_->begin(SYSRUN_STATUS_PARSING, static_cast<INT32_T>(library.documents.size()));
+
+    SCAN_T scan(this, std::move(library));
+    scan.run(loaded_.empty());
+    if (stop_)
+        return;
+    store_->enter(SYSRUN_STATUS_READY);
+    scan.publish();
+    loaded_ = scan.by_folder();
+    store_->enter(SYSRUN_STATUS_RUNNING);
+
+    const auto status = store_->status();
+    const std::chrono::duration<double> took = CLOCK_T::now() - begun;
+    SERVER_NOTICE("扫描完成: 影片%d部, 成功%d部, 失败%d部, 用时%.2f秒", status.total_movies,
+                  status.parseok_movies, status.parseerr_movies, took.count());
+}
+
+MOVIE_PTR SCANNER_T::known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const {
+    const auto found = loaded_.find(document.folder);
+    return found != loaded_.end() && found->second->signature == signature ? found->second : nullptr;
+}
+
+SCANNER_T::OUTCOME_T SCANNER_T::load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) const try {
+    SIGNATURE_T signature;
+    if (const char *reason = reader->open(document, &signature); reason != nullptr)
+        return {nullptr, reason};
+    if (MOVIE_PTR movie = known(document, signature); movie != nullptr)
+        return {std::move(movie), ""};
+    if (const char *reason = reader->read(); reason != nullptr)
+        return {nullptr, reason};
+
+    DBDATA_MOVIE_INFORMATION_T *record = nullptr;
+    TAVI_METADATA_FAILURE_E failure = TAVI_METADATA_OK;
+    if (get_tavi_metadata_information_from_document(reader->data(), reader->length(), &record, &failure) < 0)
+        return {nullptr, get_tavi_metadata_failure_text(failure)};
+    OWNED_MOVIE_T owned(record);
+    const auto movie = std::make_shared<MOVIE_T>(record);
+    static_cast<void>(owned.release());
+    if (!set_position(record, document))
+        return {nullptr, "内存不足"};
+    movie->folder = document.folder;
+    movie->signature = signature;
+    return {movie, ""};
+} catch (const std::bad_alloc &) {
+    return {nullptr, "内存不足"};
+}
+
+} // namespace server

@@ -1,0 +1,65 @@
+// Loads the library: a thread of its own that scans at start and whenever it is asked to, and parses
+// with a few helpers.
+#ifndef TAVISYS_SERVER_SCANNER_H
+#define TAVISYS_SERVER_SCANNER_H
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "documents.h"
+#include "progress.h"
+#include "store.h"
+
+namespace server {
+
+class SCANNER_T {
+public:
+    SCANNER_T(std::string root, unsigned parsers, STORE_T *store);
+    SCANNER_T(const SCANNER_T &) = delete;
+    SCANNER_T &operator=(const SCANNER_T &) = delete;
+    ~SCANNER_T() { stop(); }
+
+    void start();
+    void rescan(); // one more scan; requests during a scan are answered by one more scan after it
+    void stop();
+
+private:
+    // What one document has become. Filled by one parser, read by the scan's thread.
+    struct OUTCOME_T {
+        MOVIE_PTR movie;    // NULL when it failed
+        std::string reason; // why it failed
+        bool finished = false;
+    };
+    class SCAN_T;
+
+    void run();
+    bool wait_for_request();
+    void scan();
+    MOVIE_PTR known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const;
+    OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) const;
+
+    const std::string root_;
+    const unsigned parsers_;
+    STORE_T *store_;
+    PROGRESS_T progress_;
+
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    bool requested_ = true; // the scan at start
+    std::atomic<bool> stop_ = false;
+    std::thread thread_;
+
+    // The movies of the last scan by folder: a document that hasn't changed is not parsed again, and its
+    // movie keeps its id. Changed between scans only, so parsers read it without a lock.
+    std::unordered_map<std::string_view, MOVIE_PTR> loaded_;
+};
+
+} // namespace server
+
+#endif
