@@ -1,0 +1,192 @@
+#include "arguments.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <limits>
+#include <memory>
+
+#include "command.h"
+#include "error.h"
+#include "help.h"
+#include "messages.h"
+#include "text.h"
+
+namespace client {
+
+namespace {
+
+constexpr const char *PROGRAM_NAME = "tavisys";
+constexpr INT32_T LARGEST = std::numeric_limits<INT32_T>::max();
+constexpr INT32_T LARGEST_PAGE_SIZE = 1000;
+
+struct ORDER_T {
+    const char *word;
+    TP_ORDER_BY_E value;
+};
+
+constexpr ORDER_T ORDERS[] = {
+    {"put", TP_ORDER_BY_PUT_TIME},
+    {"publish", TP_ORDER_BY_PUBLISH_TIME},
+    {"score", TP_ORDER_BY_SCORE},
+    {"name", TP_ORDER_BY_NAME},
+};
+
+// Checks of a value: an empty text, or what is wrong with it.
+auto is_in_range(INT32_T first, INT32_T last) {
+    return [first, last](const std::string &value) -> std::string {
+        INT32_T number = 0;
+        const char *end = value.data() + value.size();
+        const auto [stop, failure] = std::from_chars(value.data(), end, number);
+        if (failure == std::errc{} && stop == end && number >= first && number <= last)
+            return "";
+        return fill(messages::NOT_IN_RANGE, {std::to_string(first), std::to_string(last), value});
+    };
+}
+
+auto is_one_of(const std::vector<std::string> &words) {
+    return [words](const std::string &value) -> std::string {
+        if (std::find(words.begin(), words.end(), value) != words.end())
+            return "";
+        std::string choices;
+        for (const std::string &word : words)
+            choices += (choices.empty() ? "" : messages::NAME_SEPARATOR) + word;
+        return fill(messages::NOT_A_CHOICE, {choices, value});
+    };
+}
+
+void add_number(CLI::App &app, const char *name, INT32_T &value, const char *help, INT32_T last) {
+    app.add_option(name, value, help)
+        ->check(is_in_range(1, last))
+        ->option_text(messages::VALUE_NUMBER)
+        ->default_str(std::to_string(value));
+}
+
+void add_name(CLI::App &app, const char *name, std::string &value, const char *help) {
+    app.add_option(name, value, help)->option_text(messages::VALUE_NAME_OR_ID);
+}
+
+[[noreturn]] void fail_usage(const std::string &message, const CLI::App &app) {
+    const bool in_command = app.get_parent() != nullptr;
+    const std::string hint =
+        in_command ? fill(messages::COMMAND_HINT, {app.get_name()}) : messages::USAGE_HINT;
+    throw CLIENT_ERROR_T(EXIT_BAD_USAGE, message + "\n" + hint);
+}
+
+// The parser's own messages are English and begin with the name of what they are about, up to a blank or a
+// colon (a flag's without its dashes); those of our own checks are whole.
+std::string explain(const CLI::ParseError &error) {
+    std::string message = error.what();
+    const std::string subject = message.substr(0, message.find_first_of(" :"));
+    if (error.get_name() == "ValidationError")
+        return message;
+    if (error.get_name() == "RequiredError")
+        return fill(messages::MISSING_ARGUMENT, {subject});
+    if (error.get_name() == "ArgumentMismatch")
+        return fill(messages::BAD_OPTION_VALUE, {subject.starts_with("-") ? subject : "--" + subject});
+    return messages::BAD_COMMAND_LINE;
+}
+
+void check_leftovers(const CLI::App &app) {
+    std::vector<std::string> leftovers = app.remaining();
+    std::erase(leftovers, "--"); // it only says that no options follow
+    if (leftovers.empty())
+        return;
+    const bool option = leftovers.front().starts_with("-");
+    const char *message = option ? messages::UNKNOWN_OPTION : messages::EXTRA_ARGUMENT;
+    if (!option && app.get_parent() == nullptr && app.get_subcommands().empty())
+        message = messages::UNKNOWN_COMMAND;
+    fail_usage(fill(message, {leftovers.front()}), app);
+}
+
+void set_up(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.set_help_flag("-h,--help", messages::HELP_FLAG);
+    app.formatter(std::make_shared<HELP_FORMATTER_T>());
+    app.footer(messages::HELP_FOOTER);
+    app.group(messages::HELP_COMMANDS);
+    app.allow_extras(); // what is left over is judged here, in Chinese
+    app.require_subcommand(0, 1);
+    app.option_defaults()->group(messages::HELP_OPTIONS)->take_last();
+    app.get_help_ptr()->group(messages::HELP_OPTIONS);
+    for (const COMMAND_T &command : all_commands()) {
+        CLI::App *subcommand = app.add_subcommand(command.name, command.help);
+        subcommand->footer("");
+        subcommand->get_help_ptr()->group(messages::HELP_OPTIONS);
+        if (command.declare != nullptr)
+            command.declare(*subcommand, arguments);
+        subcommand->add_flag("--json", arguments.json, messages::HELP_JSON)->disable_flag_override();
+    }
+}
+
+} // namespace
+
+void declare_status(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.add_flag("--watch", arguments.watch, messages::HELP_WATCH)->disable_flag_override();
+}
+
+void declare_filters(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.add_option(messages::ARGUMENT_CATEGORY, arguments.category, messages::HELP_BY_CATEGORY)->required();
+    app.add_option(messages::ARGUMENT_ATTRIBUTE, arguments.attribute, messages::HELP_ATTRIBUTE)
+        ->required()
+        ->check(is_one_of({"kind", "area", "year", "dimension"}));
+}
+
+void declare_movies(CLI::App &app, ARGUMENTS_T &arguments) {
+    std::vector<std::string> orders;
+    std::transform(std::begin(ORDERS), std::end(ORDERS), std::back_inserter(orders),
+                   [](const ORDER_T &order) { return order.word; });
+    add_name(app, "--category", arguments.category, messages::HELP_BY_CATEGORY);
+    add_name(app, "--kind", arguments.kind, messages::HELP_BY_KIND);
+    add_name(app, "--area", arguments.area, messages::HELP_BY_AREA);
+    add_name(app, "--year", arguments.year, messages::HELP_BY_YEAR);
+    add_name(app, "--dimension", arguments.dimension, messages::HELP_BY_DIMENSION);
+    add_number(app, "--page", arguments.page, messages::HELP_PAGE, LARGEST);
+    add_number(app, "--size", arguments.size, messages::HELP_SIZE, LARGEST_PAGE_SIZE);
+    app.add_option("--order", arguments.order, messages::HELP_ORDER)
+        ->check(is_one_of(orders))
+        ->option_text(messages::VALUE_ORDER)
+        ->default_str(arguments.order);
+}
+
+void declare_movie(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.add_option(messages::ARGUMENT_CATEGORY, arguments.category, messages::HELP_BY_CATEGORY)->required();
+    app.add_option(messages::ARGUMENT_MOVIE_ID, arguments.movie, messages::HELP_MOVIE_ID)
+        ->required()
+        ->check(is_in_range(0, LARGEST));
+}
+
+INT32_T order_by(const std::string &word) {
+    const auto *found = std::find_if(std::begin(ORDERS), std::end(ORDERS),
+                                     [&word](const ORDER_T &order) { return order.word == word; });
+    return found == std::end(ORDERS) ? TP_ORDER_BY_PUT_TIME : found->value;
+}
+
+PARSED_T parse_command_line(int argc, const char *const *argv) {
+    PARSED_T parsed{nullptr, {}, ""};
+    CLI::App app{messages::PROGRAM, PROGRAM_NAME};
+    set_up(app, parsed.arguments);
+    const auto chosen = [&app]() -> const CLI::App & {
+        return app.get_subcommands().empty() ? app : *app.get_subcommands().front();
+    };
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success &) {
+        parsed.help = app.help();
+        return parsed;
+    } catch (const CLI::ParseError &error) {
+        fail_usage(explain(error), chosen());
+    }
+    check_leftovers(app);
+    check_leftovers(chosen());
+    if (app.get_subcommands().empty())
+        fail_usage(messages::NO_COMMAND, app);
+    const std::span<const COMMAND_T> commands = all_commands();
+    parsed.command = &*std::find_if(commands.begin(), commands.end(), [&](const COMMAND_T &command) {
+        return chosen().get_name() == command.name;
+    });
+    return parsed;
+}
+
+} // namespace client

@@ -1,0 +1,53 @@
+// What the user asked for, read from the command line.
+#ifndef TAVISYS_CLIENT_ARGUMENTS_H
+#define TAVISYS_CLIENT_ARGUMENTS_H
+
+#include <string>
+
+#include "tavisystype.h"
+
+namespace CLI {
+class App;
+}
+
+namespace client {
+
+struct COMMAND_T;
+
+struct ARGUMENTS_T {
+    bool json = false;
+    bool watch = false;
+    std::string attribute; // kind, area, year or dimension
+    // Names or ids, as they were written; empty when they were not.
+    std::string category;
+    std::string kind;
+    std::string area;
+    std::string year;
+    std::string dimension;
+    INT32_T movie = 0;
+    INT32_T page = 1;
+    INT32_T size = 24;
+    std::string order = "put";
+};
+
+// The options of a command, beside --help and --json, which all of them have.
+void declare_status(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_filters(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_movies(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_movie(CLI::App &app, ARGUMENTS_T &arguments);
+
+// The TP_ORDER_BY_E that the command line calls so, which has been checked.
+INT32_T order_by(const std::string &word);
+
+struct PARSED_T {
+    const COMMAND_T *command; // NULL when the user asked for help
+    ARGUMENTS_T arguments;
+    std::string help;
+};
+
+// Throws a CLIENT_ERROR_T of EXIT_BAD_USAGE for a command line that asks for nothing that can be done.
+PARSED_T parse_command_line(int argc, const char *const *argv);
+
+} // namespace client
+
+#endif

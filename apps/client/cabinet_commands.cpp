@@ -1,0 +1,103 @@
+// The commands that ask about the cabinet itself: version, info, status, uuid.
+#include <exception>
+
+#include "command.h"
+#include "error.h"
+#include "json.h"
+#include "messages.h"
+#include "server.h"
+#include "status.h"
+#include "table.h"
+#include "terminal.h"
+#include "text.h"
+
+namespace client {
+
+namespace {
+
+constexpr int POLL_INTERVAL = 250; // milliseconds
+
+// Draws the progress: one line that is drawn again and again on a terminal, a line a change elsewhere.
+class PROGRESS_T {
+public:
+    explicit PROGRESS_T(int terminal_columns) : width(terminal_columns) {}
+    // The line is ended on every way out; a failure to do so has been told already, or nobody is there.
+    ~PROGRESS_T() {
+        try {
+            if (!drawn.empty() && width != UNLIMITED)
+                write_output("\n");
+        } catch (const std::exception &) {
+            return;
+        }
+    }
+    PROGRESS_T(const PROGRESS_T &) = delete;
+    PROGRESS_T &operator=(const PROGRESS_T &) = delete;
+
+    void draw(const std::string &line) {
+        if (line == drawn)
+            return;
+        drawn = line;
+        // The last column stays free: a terminal would go on to the next line.
+        const bool redrawn = width != UNLIMITED;
+        write_output(redrawn ? "\r" + cut_to_width(line, width - 1) + "\033[K" : line + "\n");
+    }
+
+private:
+    int width;
+    std::string drawn;
+};
+
+STATUS_T watch_status(bool silent, int width) {
+    const INTERRUPT_GUARD_T guard;
+    PROGRESS_T progress{width};
+    for (;;) {
+        STATUS_T status = fetch_status();
+        if (!silent)
+            progress.draw(progress_line(*status));
+        if (phase_of(*status) >= SYSRUN_STATUS_READY)
+            return status;
+        INTERRUPT_GUARD_T::wait(POLL_INTERVAL);
+    }
+}
+
+} // namespace
+
+std::string run_version(const ARGUMENTS_T &arguments, int width) {
+    const VERSION_T version = fetch_version();
+    if (arguments.json)
+        return to_json(*version);
+    return lay_out_fields({{messages::SOFTWARE_VERSION, text_of(version->version)},
+                           {messages::DEVICE_NAME, text_of(version->name)},
+                           {messages::DEVICE_ID, text_of(version->devid)}},
+                          width);
+}
+
+std::string run_info(const ARGUMENTS_T &arguments, int width) {
+    const INFO_T info = fetch_info();
+    if (arguments.json)
+        return to_json(*info);
+    return lay_out_fields(
+        {{messages::DISKS, std::to_string(info->hdnum)}, {messages::MOVIES, std::to_string(info->movnum)}},
+        width);
+}
+
+std::string run_status(const ARGUMENTS_T &arguments, int width) {
+    const STATUS_T status = arguments.watch ? watch_status(arguments.json, width) : fetch_status();
+    if (arguments.json)
+        return to_json(*status);
+    if (arguments.watch)
+        return ""; // its last line has said it
+    return lay_out_fields({{messages::PHASE, phase_name(phase_of(*status))},
+                           {messages::FOUND, std::to_string(status->total_movies)},
+                           {messages::PARSED, std::to_string(status->parseok_movies)},
+                           {messages::FAILED, std::to_string(status->parseerr_movies)},
+                           {messages::LEFT, std::to_string(status->left_movies)}},
+                          width);
+}
+
+std::string run_uuid(const ARGUMENTS_T &arguments, int /*width*/) {
+    const std::string uuid = fetch_uuid();
+    return arguments.json ? uuid_to_json(uuid) : printable(uuid) + "\n";
+}
+
+} // namespace client

@@ -1,0 +1,43 @@
+// tavisys: asks the movie cabinet's server of this machine, one command a call.
+#include <csignal>
+#include <exception>
+
+#include "command.h"
+#include "error.h"
+#include "messages.h"
+#include "terminal.h"
+
+namespace {
+
+using namespace client;
+
+void run(int argc, const char *const *argv) {
+    const PARSED_T parsed = parse_command_line(argc, argv);
+    const bool help = parsed.command == nullptr;
+    write_output(help ? parsed.help : parsed.command->run(parsed.arguments, terminal_width()));
+}
+
+EXIT_STATUS_E run_and_report(int argc, const char *const *argv) {
+    try {
+        run(argc, argv);
+        return EXIT_DONE;
+    } catch (const CLIENT_ERROR_T &error) {
+        if (error.what()[0] != '\0')
+            write_error(error.what());
+        return error.status;
+    } catch (const std::exception &) { // only memory is left to fail
+        write_error(messages::NO_MEMORY);
+        return EXIT_FAILED;
+    }
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    // A reader that has gone is seen as a failing write, and a server that has gone as a failing request.
+    std::signal(SIGPIPE, SIG_IGN);
+    const EXIT_STATUS_E status = run_and_report(argc, argv);
+    if (status == EXIT_INTERRUPTED)
+        end_by_interrupt();
+    return status;
+}

@@ -1,0 +1,129 @@
+// Every text that the program shows, in one place: a wording is changed, or a language added, here alone.
+// {0}, {1}, ... stand for what fill() puts in.
+#ifndef TAVISYS_CLIENT_MESSAGES_H
+#define TAVISYS_CLIENT_MESSAGES_H
+
+namespace client::messages {
+
+// Help
+constexpr const char *PROGRAM = "影柜客户端: 向本机的影柜服务器查询影片";
+constexpr const char *HELP_FLAG = "显示帮助";
+constexpr const char *HELP_USAGE = "用法";
+constexpr const char *HELP_OPTIONS = "选项";
+constexpr const char *HELP_ARGUMENTS = "参数";
+constexpr const char *HELP_COMMANDS = "命令";
+constexpr const char *HELP_FOOTER = "tavisys 命令 --help 显示该命令的帮助。\n"
+                                    "退出状态: 0 完成,1 服务器拒绝或无法连接,2 用法错误。";
+constexpr const char *HELP_VERSION = "服务器的软件版本、设备名称和设备编号";
+constexpr const char *HELP_INFO = "硬盘数和影片数";
+constexpr const char *HELP_STATUS = "服务器的运行状态和扫描进度";
+constexpr const char *HELP_UUID = "服务器的UUID";
+constexpr const char *HELP_CATEGORIES = "影片分类";
+constexpr const char *HELP_FILTERS = "一个分类下可用来筛选的类型、地区、年代或维度";
+constexpr const char *HELP_MOVIES = "按条件分页列出影片";
+constexpr const char *HELP_MOVIE = "一部影片的详细信息";
+constexpr const char *HELP_DEFAULT = "(默认 {0})";
+constexpr const char *HELP_JSON = "输出一个JSON文档,供程序使用";
+constexpr const char *HELP_WATCH = "持续显示进度,直到扫描完成";
+constexpr const char *HELP_BY_CATEGORY = "分类的名称或编号,“全部”或0表示所有分类";
+constexpr const char *HELP_BY_KIND = "类型的名称或编号";
+constexpr const char *HELP_BY_AREA = "地区的名称或编号";
+constexpr const char *HELP_BY_YEAR = "年代,如1994,或其编号";
+constexpr const char *HELP_BY_DIMENSION = "维度的名称(如3D)或编号";
+constexpr const char *HELP_PAGE = "页码,从1开始";
+constexpr const char *HELP_SIZE = "每页影片数,1到1000";
+constexpr const char *HELP_ORDER = "排序: put 上架时间,publish 上映时间,score 评分,name 片名";
+constexpr const char *HELP_ATTRIBUTE = "kind 类型,area 地区,year 年代,dimension 维度";
+constexpr const char *HELP_MOVIE_ID = "影片编号,见 tavisys movies 的第一列";
+constexpr const char *ARGUMENT_CATEGORY = "分类";
+constexpr const char *ARGUMENT_ATTRIBUTE = "属性";
+constexpr const char *ARGUMENT_MOVIE_ID = "影片编号";
+constexpr const char *VALUE_NAME_OR_ID = "名称或编号";
+constexpr const char *VALUE_NUMBER = "数字";
+constexpr const char *VALUE_ORDER = "方式";
+
+// Bad usage
+constexpr const char *USAGE_HINT = "用 tavisys --help 查看用法";
+constexpr const char *COMMAND_HINT = "用 tavisys {0} --help 查看用法";
+constexpr const char *NO_COMMAND = "缺少命令";
+constexpr const char *UNKNOWN_COMMAND = "没有“{0}”这个命令";
+constexpr const char *UNKNOWN_OPTION = "不认识的选项: {0}";
+constexpr const char *EXTRA_ARGUMENT = "多余的参数: {0}";
+constexpr const char *MISSING_ARGUMENT = "缺少参数: {0}";
+constexpr const char *BAD_OPTION_VALUE = "选项 {0} 的值缺失或多余";
+constexpr const char *BAD_COMMAND_LINE = "命令行参数有误";
+constexpr const char *NOT_IN_RANGE = "应为{0}到{1}的整数,而不是“{2}”";
+constexpr const char *NOT_A_CHOICE = "应为{0}之一,而不是“{1}”";
+constexpr const char *ID_TOO_LARGE = "编号不能大于{0},而这里是“{1}”";
+
+// The server
+constexpr const char *UNREACHABLE = "无法连接影柜服务器({0}:{1}),请确认 tavisys-server 正在运行";
+constexpr const char *NO_ANSWER = "影柜服务器没有回答,请稍后再试";
+constexpr const char *ANSWER_CUT_SHORT = "影柜服务器的回答不完整,请稍后再试";
+constexpr const char *REQUEST_NOT_SENT = "请求没能发送给影柜服务器,请稍后再试";
+constexpr const char *ANSWER_MALFORMED = "影柜服务器的回答无法解读,请确认服务器与客户端的版本相配";
+constexpr const char *REFUSED_OR_MALFORMED = "影柜服务器拒绝了请求,或其回答无法解读(结果{0})";
+constexpr const char *REFUSED_TYPE = "影柜服务器拒绝了请求: 不支持这种查询(结果{0})";
+constexpr const char *REFUSED_REQUEST = "影柜服务器拒绝了请求: 请求有误,或有值超出范围(结果{0})";
+constexpr const char *REFUSED_MOVIE = "影柜服务器拒绝了请求: 该分类下没有这个编号的影片(结果{0})";
+constexpr const char *REFUSED_BY_ERROR = "影柜服务器拒绝了请求: 服务器内部出错(结果{0})";
+constexpr const char *REFUSED = "影柜服务器拒绝了请求(结果{0})";
+constexpr const char *NO_MEMORY = "内存不足";
+constexpr const char *WRITE_FAILED = "写标准输出失败({0}),请检查输出所在的磁盘或设备";
+
+// Names that the server doesn't know
+constexpr const char *NO_SUCH_NAME = "没有名为“{1}”的{0}";
+constexpr const char *KNOWN_NAMES = ",可用的有: {0}";
+constexpr const char *MORE_NAMES = " 等{0}个,用 {1} 查看全部";
+constexpr const char *NO_NAMES = ",服务器目前没有任何{0}";
+constexpr const char *NAME_SEPARATOR = "、";
+constexpr const char *LIST_CATEGORIES = "tavisys categories";
+constexpr const char *LIST_FILTERS = "tavisys filters {0} {1}";
+constexpr const char *EVERYTHING = "全部";
+
+// Attributes
+constexpr const char *CATEGORY = "分类";
+constexpr const char *KIND = "类型";
+constexpr const char *AREA = "地区";
+constexpr const char *YEAR = "年代";
+constexpr const char *DIMENSION = "维度";
+
+// Tables
+constexpr const char *NOTHING = "-";
+constexpr const char *ID = "编号";
+constexpr const char *NAME = "名称";
+constexpr const char *SOFTWARE_VERSION = "软件版本";
+constexpr const char *DEVICE_NAME = "设备名称";
+constexpr const char *DEVICE_ID = "设备编号";
+constexpr const char *DISKS = "硬盘数";
+constexpr const char *MOVIES = "影片数";
+constexpr const char *TITLE = "片名";
+constexpr const char *SCORE = "评分";
+constexpr const char *PUT_TIME = "上架";
+constexpr const char *PUBLISH_TIME = "上映";
+constexpr const char *POSTER = "海报";
+constexpr const char *DIRECTORS = "导演";
+constexpr const char *ACTORS = "主演";
+constexpr const char *DURATION = "时长";
+constexpr const char *SUMMARY = "简介";
+constexpr const char *VIDEOS = "视频数";
+constexpr const char *EPISODE = "集数";
+constexpr const char *FILE_PATH = "文件";
+constexpr const char *PAGE_LINE = "第{0}页,共{1}页,{2}部影片\n";
+constexpr const char *EMPTY_PAGE = "这一页没有影片\n";
+
+// Running status
+constexpr const char *PHASE = "状态";
+constexpr const char *PHASES[] = {"正在启动", "正在查找影片", "正在解析", "解析完成", "运行中"};
+constexpr const char *PHASE_UNKNOWN = "未知({0})";
+constexpr const char *FOUND = "已找到";
+constexpr const char *PARSED = "已解析";
+constexpr const char *FAILED = "解析失败";
+constexpr const char *LEFT = "待解析";
+constexpr const char *PROGRESS_WAITING = "{0}: 已找到{1}部";
+constexpr const char *PROGRESS_PARSING = "{0}: {1}/{2} ({3}%),失败{4}部";
+constexpr const char *PROGRESS_DONE = "{0}: {1}部影片,失败{2}部";
+
+} // namespace client::messages
+
+#endif

@@ -1,0 +1,125 @@
+#include "server.h"
+
+#include <array>
+
+#include "error.h"
+#include "messages.h"
+#include "tavisys_comm.h"
+#include "text.h"
+#include "tp_trlv.h"
+
+namespace client {
+
+namespace {
+
+struct RESULT_TEXT_T {
+    RTSTATUS result;
+    const char *text;
+};
+
+constexpr RESULT_TEXT_T RESULT_TEXTS[] = {
+    {-1, messages::REFUSED_OR_MALFORMED}, // the agent's own failure and a server's -1 look alike
+    {-TRLV_TP_ERRCODE_MALLOC_FAIL, messages::NO_MEMORY},
+    {-TRLV_TP_ERRCODE_RECEIVE_MSGHEAD_FAIL, messages::NO_ANSWER},
+    {-TRLV_TP_ERRCODE_RECEIVE_MSGBODY_FAIL, messages::ANSWER_CUT_SHORT},
+    {-TRLV_TP_ERRCODE_SEND_MSGHEAD_FAIL, messages::REQUEST_NOT_SENT},
+    {-TRLV_TP_ERRCODE_SEND_MSGBODY_FAIL, messages::REQUEST_NOT_SENT},
+    {-TRLV_TP_ERRCODE_CHECK_TYPE_MISMATCH, messages::ANSWER_MALFORMED},
+    {-TRLV_TP_ERRCODE_RECEIVE_INVALID_MESSAGE, messages::ANSWER_MALFORMED},
+    {TAVISYS_RESULT_UNKNOWN_TYPE, messages::REFUSED_TYPE},
+    {TAVISYS_RESULT_BAD_REQUEST, messages::REFUSED_REQUEST},
+    {TAVISYS_RESULT_NO_SUCH_MOVIE, messages::REFUSED_MOVIE},
+    {TAVISYS_RESULT_SERVER_ERROR, messages::REFUSED_BY_ERROR},
+};
+
+bool is_server_there() {
+    const INT32_T sock = agent_open_tavisys_msg_channel();
+    if (sock < 0)
+        return false;
+    close_tavisys_msg_channel(sock);
+    return true;
+}
+
+[[noreturn]] void fail(const char *message, RTSTATUS result) {
+    throw CLIENT_ERROR_T(EXIT_FAILED, fill(message, {std::to_string(result)}));
+}
+
+// A -1 alone doesn't tell whether anybody listens, so that is tried once more.
+[[noreturn]] void fail_with_result(RTSTATUS result) {
+    if (result == -1 && !is_server_there()) {
+        throw CLIENT_ERROR_T(EXIT_FAILED,
+                             fill(messages::UNREACHABLE,
+                                  {TAVISYS_LOCAL_SERVER_ADDRESS, std::to_string(TAVISYS_MSG_CHANNEL_PORT)}));
+    }
+    for (const RESULT_TEXT_T &known : RESULT_TEXTS) {
+        if (known.result == result)
+            fail(known.text, result);
+    }
+    fail(messages::REFUSED, result);
+}
+
+// Whether an answer came is told by the record, not by the result: the running status is a success of 20,
+// and a version that can't be decoded is a 0 without a record.
+template <class OWNER, class ASK>
+OWNER fetch_record(ASK ask) {
+    typename OWNER::pointer record = nullptr;
+    const RTSTATUS result = ask(&record);
+    if (record == nullptr && result == 0)
+        fail(messages::ANSWER_MALFORMED, result);
+    if (record == nullptr)
+        fail_with_result(result);
+    return OWNER{record};
+}
+
+template <class OWNER, class ASK>
+OWNER fetch_list(ASK ask) {
+    typename OWNER::pointer list = nullptr;
+    const RTSTATUS result = ask(&list);
+    if (result != 0)
+        fail_with_result(result);
+    return OWNER{list};
+}
+
+} // namespace
+
+VERSION_T fetch_version() {
+    return fetch_record<VERSION_T>(tavisysapi_get_software_version_information);
+}
+
+INFO_T fetch_info() {
+    return fetch_record<INFO_T>(tavisysapi_get_system_information);
+}
+
+STATUS_T fetch_status() {
+    return fetch_record<STATUS_T>(tavisysapi_get_system_running_status);
+}
+
+std::string fetch_uuid() {
+    std::array<INT8_T, 256> uuid{}; // room for more than a uuid, to show what another server has instead
+    const RTSTATUS result = tavisysapi_get_uuid_infomation(uuid.data(), static_cast<INT32_T>(uuid.size()));
+    if (result != 0)
+        fail_with_result(result);
+    return uuid.data();
+}
+
+CATEGORIES_T fetch_categories() {
+    return fetch_list<CATEGORIES_T>(tavisysapi_get_category_information_list);
+}
+
+FILTERS_T fetch_filters(INT32_T cid, INT32_T type) {
+    return fetch_list<FILTERS_T>(
+        [=](auto **list) { return tavisysapi_get_movie_filter_information_list(cid, type, list); });
+}
+
+PAGE_T fetch_page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request) {
+    return fetch_record<PAGE_T>(
+        [&](auto **page) { return tavisysapi_get_movie_basic_ext_information(&request, page); });
+}
+
+MOVIE_T fetch_movie(INT32_T cid, INT32_T mid) {
+    const TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T request{cid, mid};
+    return fetch_record<MOVIE_T>(
+        [&](auto **movie) { return tavisysapi_get_movie_detail_information(&request, movie); });
+}
+
+} // namespace client

@@ -1,0 +1,54 @@
+// The questions to the server, each with an owner for its answer. A question that gets none throws a
+// CLIENT_ERROR_T that says who is to blame: nobody there, a broken exchange, or a server that said no.
+#ifndef TAVISYS_CLIENT_SERVER_H
+#define TAVISYS_CLIENT_SERVER_H
+
+#include <memory>
+#include <string>
+
+#include "tavisys_agent_api.h"
+
+namespace client {
+
+// Calls a family's delete function, which takes the address of the pointer.
+template <auto DELETE>
+struct DELETE_WITH_T {
+    template <class RECORD>
+    void operator()(RECORD *record) const {
+        DELETE(&record);
+    }
+};
+template <class RECORD, auto DELETE>
+using OWNED_T = std::unique_ptr<RECORD, DELETE_WITH_T<DELETE>>;
+
+using VERSION_T = OWNED_T<TP_TAVISYS_VERSION_INFORMATION_T, delete_tavisys_version_information>;
+using INFO_T = OWNED_T<TP_TAVISYS_SYSTEM_INFORMATION_T, delete_tavisys_system_information>;
+using STATUS_T = OWNED_T<TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T, delete_tavisys_sysrun_status_information>;
+using CATEGORIES_T =
+    OWNED_T<TP_TAVISYS_CATEGORY_INFORMATION_LIST_T, delete_tavisys_category_information_list>;
+using FILTERS_T = OWNED_T<TP_TAVISYS_FILTER_INFORMATION_LIST_T, delete_tavisys_filter_information_list>;
+using PAGE_T = OWNED_T<TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T, delete_tavisys_basic_movie_ext_information>;
+using MOVIE_T = OWNED_T<TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T, release_tavisys_detail_movie_information>;
+
+// Lists may be empty, that is NULL; records never are.
+VERSION_T fetch_version();
+INFO_T fetch_info();
+STATUS_T fetch_status();
+std::string fetch_uuid();
+CATEGORIES_T fetch_categories();
+FILTERS_T fetch_filters(INT32_T cid, INT32_T type);
+PAGE_T fetch_page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request);
+MOVIE_T fetch_movie(INT32_T cid, INT32_T mid);
+
+// Calls visit(record) for each record of a list, the nodes without one left out.
+template <class NODE, class VISIT>
+void for_each_record(const NODE *list, VISIT visit) {
+    for (const NODE *node = list; node != nullptr; node = static_cast<const NODE *>(node->next)) {
+        if (node->info != nullptr)
+            visit(*node->info);
+    }
+}
+
+} // namespace client
+
+#endif
