@@ -1,0 +1,41 @@
+#!/usr/bin/env python3
+"""What the headers declare, the export map lists and the libraries define are the same names.
+
+usage: exports_test.py SOURCE_DIRECTORY SHARED_LIBRARY STATIC_LIBRARY"""
+import pathlib
+import re
+import subprocess
+import sys
+
+LOGGING = {"dzlog", "dzlog_init", "zlog_fini"}  # the stand-in's, where it is built in; always weak
+
+
+def output_of(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def symbols(*command):
+    """{name: kind} as nm prints them, without the version node itself."""
+    lines = [line.split() for line in output_of("nm", "-P", "--defined-only", *command).splitlines()]
+    return {line[0].split("@")[0]: line[1] for line in lines if len(line) > 1 and line[1] != "A"}
+
+
+source, shared, static = map(pathlib.Path, sys.argv[1:])
+declared = set(output_of(source / "cmake" / "exported-names", source / "include").split())
+listed = set(re.findall(r"(\w+);", re.search(r"global:(.*?)local:", (source / "cmake/tavisys.map").read_text(), re.S)[1]))
+exported = symbols("-D", shared)
+archived = {name for name, kind in symbols(static).items() if kind in "TW"}
+
+complaints = [f"declared, but not in cmake/tavisys.map: {name}" for name in declared - listed]
+complaints += [f"in cmake/tavisys.map, but not declared: {name}" for name in listed - declared - LOGGING]
+complaints += [f"declared, but not exported: {name}" for name in declared - exported.keys()]
+complaints += [f"exported, but not declared: {name}" for name in exported.keys() - declared - LOGGING]
+complaints += [f"declared, but not in the static library: {name}" for name in declared - archived]
+complaints += [f"a program could not bring its own {name}" for name in LOGGING & exported.keys()
+               if exported[name] not in "Ww"]
+for header in sorted(source.glob("include/*.h")):
+    for described, name in re.findall(r"(\*/\s*)?^TAVISYS_API[^;(]*?(\w+)\s*\(", header.read_text(), re.M):
+        if not described:
+            complaints.append(f"{header.name}: no comment before {name}")
+print("\n".join(sorted(complaints)) or f"{len(declared)} names agree")
+sys.exit(1 if complaints or len(declared) < 100 else 0)

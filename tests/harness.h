@@ -1,0 +1,98 @@
+// What the tests of the library share. harness.cpp receives the library's log lines in place of zlog;
+// allocations.cpp counts the library's allocations and makes them fail (programs of the STATIC kind).
+#ifndef TAVISYS_TESTS_HARNESS_H
+#define TAVISYS_TESTS_HARNESS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tavisystype.h"
+
+namespace harness {
+
+// ---- Log lines
+
+struct LOG_LINE_T {
+    std::string file;
+    std::string function;
+    int level;
+    std::string text;
+    bool operator==(const LOG_LINE_T &) const = default;
+};
+inline std::ostream &operator<<(std::ostream &to, const LOG_LINE_T &line) {
+    return to << line.file << ' ' << line.function << ' ' << line.level << ' ' << line.text;
+}
+
+// The lines that the library has logged since the last call.
+std::vector<LOG_LINE_T> take_log();
+
+// ---- Allocations of the library: calloc, malloc, realloc and strdup
+
+// Makes the nth allocation from now on fail, and only that one; 0 lets all succeed.
+void fail_nth_allocation(int nth);
+bool an_allocation_failed();
+
+long live_allocations();
+// What has been asked for since the last call of forget_allocations().
+size_t bytes_allocated();
+size_t largest_allocation();
+void forget_allocations();
+
+// A test that leaves none of the library's memory allocated and starts without log lines.
+class LEAK_CHECKED_T : public virtual testing::Test {
+protected:
+    LEAK_CHECKED_T() { take_log(); }
+    void TearDown() override { EXPECT_EQ(live_, live_allocations()) << "allocations are left"; }
+
+private:
+    long live_ = live_allocations();
+};
+
+// ---- Bodies, written down item by item: wire(2, "电影", nullptr)
+
+inline void append_item(std::string *to, INT32_T value) {
+    for (unsigned shift = 0; shift < 32; shift += 8)
+        to->push_back(static_cast<char>(static_cast<uint32_t>(value) >> shift));
+}
+inline void append_item(std::string *to, std::nullptr_t) {
+    append_item(to, -1);
+}
+inline void append_item(std::string *to, const char *string) {
+    if (string == nullptr)
+        return append_item(to, nullptr);
+    append_item(to, static_cast<INT32_T>(strlen(string)));
+    to->append(string);
+}
+inline void append_item(std::string *to, const std::string &items) {
+    to->append(items);
+}
+template <class... ITEM>
+std::string wire(const ITEM &...item) {
+    std::string bytes;
+    (append_item(&bytes, item), ...);
+    return bytes;
+}
+
+// A body in a heap block of exactly its size, so that the address sanitizer sees a read behind its end.
+class BODY_T {
+public:
+    explicit BODY_T(const std::string &bytes) : length_(bytes.size()), bytes_(new char[bytes.size()]) {
+        memcpy(bytes_.get(), bytes.data(), length_);
+    }
+    char *data() const { return bytes_.get(); }
+    INT32_T length() const { return static_cast<INT32_T>(length_); }
+
+private:
+    size_t length_;
+    std::unique_ptr<char[]> bytes_;
+};
+
+} // namespace harness
+
+#endif

@@ -1,0 +1,104 @@
+#!/usr/bin/env python3
+"""The layers call each other in one direction only, and the support layer by its declared functions.
+
+usage: layering_test.py SOURCE_DIRECTORY OBJECT...
+Judges the symbols that each object of the library defines and wants, and what the programs include."""
+import pathlib
+import re
+import subprocess
+import sys
+
+CATALOGUE = {"dbdata_movinfo", "dbdata_position", "dbdata_misc"}
+MAY_CALL = {
+    "zlog": set(),
+    "support": set(),
+    "comm": {"support", "zlog"},
+    "codec": {"support", "zlog"},
+    "dbdata_movinfo": CATALOGUE | {"support", "zlog"},
+    "dbdata_position": CATALOGUE | {"support", "zlog"},
+    "dbdata_misc": CATALOGUE | {"support", "zlog"},
+    "utils": CATALOGUE | {"support", "zlog"},
+    "agent": {"comm", "codec", "support"},
+}
+THREAD_START = re.compile(r"^(pthread_create|thrd_create|_ZNSt6thread\w*start_thread\w*)$")
+
+
+def layer_of(name):
+    """support/zlog is logging, which stands where zlog itself would."""
+    return "zlog" if name.startswith("support/zlog/") else name.split("/")[0]
+
+
+def complaints(objects, declared):
+    """objects: {name: (defined, wanted)}; declared: the names in the support layer's headers."""
+    home = {symbol: layer_of(name) for name, (defined, _) in objects.items() for symbol in defined}
+    found = []
+    for name, (defined, wanted) in sorted(objects.items()):
+        layer = layer_of(name)
+        if layer not in MAY_CALL:
+            found.append(f"{name}: no such layer")
+            continue
+        for symbol in sorted(wanted - defined):
+            callee = home.get(symbol)
+            if callee not in (None, layer) and callee not in MAY_CALL[layer]:
+                found.append(f"{name} calls {symbol} of {callee}")
+            elif callee == "support" != layer and symbol not in declared:
+                found.append(f"{name} calls {symbol}, which no support header declares")
+            if symbol.startswith("xml") and layer != "support":
+                found.append(f"{name} calls {symbol} of libxml2")
+            if THREAD_START.match(symbol):
+                found.append(f"{name} starts a thread: {symbol}")
+    return found
+
+
+def foreign_includes(program, text, public):
+    """What a program's source includes that is neither public, the system's nor its own."""
+    names = re.findall(r'^\s*#\s*include\s*([<"][^">]+)', text, re.M)
+    return [name[1:] for name in names
+            if (name[0] == '"' and name[1:] not in public and not (program / name[1:]).is_file())
+            or name[1:].split("/")[0] in MAY_CALL]
+
+
+def read_object(path):
+    lines = subprocess.run(["nm", "-P", path], check=True, capture_output=True, text=True).stdout.splitlines()
+    symbols = [line.split()[:2] for line in lines]
+    # An inline function is defined, weakly, by everyone that uses it.
+    return ({name for name, kind in symbols if kind in "TDBRVWu"}, {name for name, kind in symbols if kind in "Uw"})
+
+
+def self_test():
+    """Every rule finds its own breach, and nothing else."""
+    good = {
+        "support/support_codec.cpp": ({"encode_int", "_Zhidden"}, {"malloc", "xmlReadMemory"}),
+        "support/zlog/zlog.cpp": ({"dzlog"}, {"write"}),
+        "comm/tavisys_comm.cpp": ({"exchange"}, {"encode_int", "dzlog", "printf"}),
+        "agent/tavisys_agent_api.cpp": ({"query"}, {"exchange", "encode_int"}),
+    }
+    assert complaints(good, {"encode_int"}) == []
+    for name, symbol in [("comm/tavisys_comm.cpp", "_Zhidden"), ("comm/tavisys_comm.cpp", "query"),
+                         ("support/support_codec.cpp", "exchange"), ("support/support_codec.cpp", "dzlog"),
+                         ("comm/tavisys_comm.cpp", "xmlFreeDoc"), ("agent/tavisys_agent_api.cpp", "pthread_create"),
+                         ("support/zlog/zlog.cpp", "_ZNSt6thread15_M_start_threadESt10unique_ptr")]:
+        bad = {**good, name: (good[name][0], good[name][1] | {symbol})}
+        assert len(complaints(bad, {"encode_int"})) == 1, (name, symbol)
+    assert complaints({"elsewhere/file.cpp": (set(), set())}, set()) == ["elsewhere/file.cpp: no such layer"]
+    text = '#include <vector>\n#include "tavisys.h"\n#include "support/list.h"\n #include <codec/wire.h>\n'
+    assert foreign_includes(pathlib.Path("none"), text, {"tavisys.h"}) == ["support/list.h", "codec/wire.h"]
+
+
+def main():
+    self_test()
+    source = pathlib.Path(sys.argv[1])
+    objects = {re.sub(r"^.*tavisys_objects\.dir/(\./)?", "", path): read_object(path) for path in sys.argv[2:]}
+    headers = "".join(header.read_text() for header in source.glob("include/support_*.h"))
+    declared = set(re.findall(r"TAVISYS_API[^;(]*?(\w+)\s*\(", headers))
+    found = complaints(objects, declared)
+    public = {header.name for header in source.glob("include/*.h")}
+    programs = [path for path in source.glob("apps/*/**/*") if path.suffix in (".h", ".cpp", ".c")]
+    for path in programs:
+        own = source / "apps" / path.relative_to(source / "apps").parts[0]
+        found += [f"{path} includes {name}" for name in foreign_includes(own, path.read_text(), public)]
+    print("\n".join(found) or f"{len(objects)} objects and {len(programs)} program sources keep to their layers")
+    return 1 if found or len(objects) < 10 or len(declared) < 10 else 0
+
+
+sys.exit(main())

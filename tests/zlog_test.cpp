@@ -1,0 +1,97 @@
+// The logging stand-in: what it writes, where, and from which level on.
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <regex>
+#include <sstream>
+#include <thread>
+#include <vector>
+#include <zlog.h>
+
+namespace {
+
+void log(int level, const std::string &text) {
+    dzlog("comm/a.c", 8, "deal", 4, 42, level, "%s", text.c_str());
+}
+
+// What the calls write to standard error, with the threshold that the environment names.
+template <class CALLS>
+std::vector<std::string> lines_of(const char *threshold, CALLS calls) {
+    unsetenv("TAVISYS_LOG_LEVEL");
+    if (threshold != nullptr)
+        setenv("TAVISYS_LOG_LEVEL", threshold, 1);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(0, dzlog_init(nullptr, "test"));
+    calls();
+    zlog_fini();
+    std::istringstream text(testing::internal::GetCapturedStderr());
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+} // namespace
+
+TEST(LoggingStandIn, IsSilentOutsideOfInitAndFini) {
+    testing::internal::CaptureStderr();
+    log(ZLOG_LEVEL_FATAL, "before");
+    dzlog_init(nullptr, nullptr);
+    zlog_fini();
+    log(ZLOG_LEVEL_FATAL, "after");
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+}
+
+TEST(LoggingStandIn, WritesFromTheThresholdOn) {
+    const struct {
+        const char *threshold;
+        size_t lines;
+    } CASES[] = {{nullptr, 5},  {"", 5},     {"loud", 5},  {"DEBUG", 6}, {"info", 5},
+                 {"NOTICE", 4}, {"WARN", 3}, {"ERROR", 2}, {"FATAL", 1}};
+    const auto log_each_level = [] {
+        for (int level : {20, 40, 60, 80, 100, 120})
+            log(level, "text");
+    };
+    for (const auto &c : CASES)
+        EXPECT_EQ(c.lines, lines_of(c.threshold, log_each_level).size());
+}
+
+TEST(LoggingStandIn, ALineTellsWhenWhereAndWhat) {
+    const auto lines = lines_of(nullptr, [] {
+        log(ZLOG_LEVEL_WARN, "出错, 接受结果(3)");
+        log(ZLOG_LEVEL_INFO, "a line end is not doubled\n");
+        log(70, std::string(10000, 'x'));
+        log(ZLOG_LEVEL_INFO, "the line behind a cut one");
+    });
+    const char *forms[] = {
+        R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} WARN +comm/a\.c:42 deal: 出错, 接受结果\(3\))",
+        "[-0-9:. ]+ INFO .* a line end is not doubled", R"([-0-9:. ]+ \? .* deal: x+)",
+        ".* deal: the line behind a cut one"};
+    ASSERT_EQ(std::size(forms), lines.size());
+    for (size_t i = 0; i < lines.size(); i++)
+        EXPECT_TRUE(std::regex_match(lines[i], std::regex(forms[i]))) << lines[i];
+    EXPECT_GT(4096U, lines[2].size());
+}
+
+TEST(LoggingStandIn, LinesOfSeveralThreadsStayWhole) {
+    constexpr int THREADS = 4;
+    constexpr int LINES = 200;
+    const auto lines = lines_of(nullptr, [] {
+        std::vector<std::thread> threads;
+        threads.reserve(THREADS);
+        for (int i = 0; i < THREADS; i++) {
+            threads.emplace_back([i] {
+                for (int n = 0; n < LINES; n++)
+                    log(ZLOG_LEVEL_INFO, std::string(500, static_cast<char>('a' + i)));
+            });
+        }
+        for (std::thread &thread : threads)
+            thread.join();
+    });
+    EXPECT_EQ(size_t{THREADS} * LINES, lines.size());
+    for (const std::string &line : lines) {
+        const std::string text = line.substr(std::min(line.size(), line.find(": ") + 2));
+        ASSERT_EQ(std::string(500, text.empty() ? '?' : text[0]), text);
+    }
+}
