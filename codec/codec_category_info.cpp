@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "codec/named_value.h"
-#include "codec/show.h"
+#include "support/show.h"
 
 using namespace tavisys;
 using namespace tavisys::wire;

@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "codec/show.h"
 #include "codec/wire.h"
+#include "support/show.h"
 
 using namespace tavisys;
 using namespace tavisys::wire;

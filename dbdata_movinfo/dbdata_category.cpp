@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "dbdata_movinfo/attribute.h"
+#include "dbdata_movinfo/category_table.h"
 
 using namespace tavisys;
 
@@ -17,22 +18,12 @@ struct CATEGORY_T {
     static constexpr auto BELOW = &NODE_T::kindlist;
 };
 
-struct CATEGORY_ID_MAP_T {
-    INT32_T id;
-    INT8_T name[64];
-};
-
-constexpr CATEGORY_ID_MAP_T category_ids_map[] = {
-    {1, "电影"}, {2, "电视剧"}, {3, "音乐"}, {4, "综艺"}, {5, "兴趣爱好"}, {6, "醇音乐"},
-};
-
-// A category that the system does not know is filed as the first one.
 INT32_T get_id_by_name(const INT8_T *name) {
     for (const CATEGORY_ID_MAP_T &category : category_ids_map) {
         if (same_key(category.name, name))
             return category.id;
     }
-    return category_ids_map[0].id;
+    return DEFAULT_CATEGORY.id;
 }
 
 // Captions by category id; that of 0 serves every id that is no category's.

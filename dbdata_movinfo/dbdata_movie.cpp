@@ -8,6 +8,7 @@
 #include "support/list.h"
 #include "support/log.h"
 #include "support/owner.h"
+#include "support/show.h"
 #include "support_memory.h"
 
 using namespace tavisys;
@@ -24,11 +25,6 @@ using OWNED_BASIC_T = OWNED_T<BASIC_T, delete_dbdata_basic_movie_information>;
 using OWNED_POSTER_T = OWNED_T<POSTER_T, delete_dbdata_poster_information>;
 
 constinit ID_COUNTER_T s_movie_ids;
-
-// What every output shows for a text that a movie may lack.
-const INT8_T *shown(const INT8_T *text) {
-    return text != nullptr ? text : "(null)";
-}
 
 const INT8_T *code_of(const NODE_T *node) {
     const bool has_basic = node->info != nullptr && node->info->info != nullptr;

@@ -121,8 +121,7 @@ void delete_nodes(NODE **list, DELETE_NODE delete_node) {
 
 // Says on standard output that memory is short, in the words that every node creator uses.
 inline void print_allocation_failure(size_t size) {
-    char reason[128];
-    printf("分配%zu字节的内存出错,错误原因: %s\n", size, strerror_r(errno, reason, sizeof reason));
+    printf("分配%zu字节的内存出错,错误原因: %s\n", size, strerror(errno));
 }
 
 // A zeroed node that holds the record, which stays the caller's when memory is short.

@@ -29,12 +29,18 @@ void refuse_unparsed_entity(void *parser, const xmlChar *, const xmlChar *, cons
     xmlStopParser(static_cast<xmlParserCtxt *>(parser));
 }
 
+// Before anything else of libxml2, whose own start is not safe for threads.
+void start_library() {
+    static const bool STARTED = (xmlInitParser(), true);
+    static_cast<void>(STARTED);
+}
+
 // Keeps this thread's failures to itself: those of an encoding reach neither the context nor its options,
 // but go to the handler of the thread, which is the host's own.
 class SILENCE_T {
 public:
     SILENCE_T() {
-        xmlSetStructuredErrorFunc(nullptr, [](void *, xmlError *) {});
+        xmlSetStructuredErrorFunc(nullptr, [](void *, auto *) {});
     }
     ~SILENCE_T() { xmlSetStructuredErrorFunc(context_, handler_); }
     SILENCE_T(const SILENCE_T &) = delete;
@@ -53,8 +59,7 @@ bool stopped(const xmlParserCtxt &context) {
 // A context of its own for every document: a shared one would share its dictionary of names, too, which
 // grows with every strange name and must not be used by the threads that hold the documents.
 OWNED_CONTEXT_T create_parser() {
-    static const bool READY = (xmlInitParser(), true);
-    OWNED_CONTEXT_T context{READY ? xmlNewParserCtxt() : nullptr};
+    OWNED_CONTEXT_T context{xmlNewParserCtxt()};
     if (context != nullptr) {
         context->sax->entityDecl = refuse_entity;
         context->sax->unparsedEntityDecl = refuse_unparsed_entity;
@@ -116,6 +121,7 @@ xmlDoc *get_doc_object_from_string(const INT8_T *string) {
 xmlDoc *get_doc_object_from_memory(const void *document, INT32_T length) {
     if (document == nullptr || length < 1)
         return nullptr;
+    start_library();
     const SILENCE_T silence;
     const OWNED_CONTEXT_T context = create_parser();
     if (context == nullptr)

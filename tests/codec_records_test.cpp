@@ -253,9 +253,10 @@ TEST_F(Fields, OfStatusRecordsHoldWhatTravelled) {
     const FAMILY_T &players = family_of("player");
     auto *player = decoded<TP_TAVISYS_PLAYER_STATUS_INFORMATION_T>(
         players, decode_tavisys_player_status_information_from_message);
-    EXPECT_EQ(players.wire, wire(player->status, player->filename, player->filepath, player->playtime,
-                                 player->duration, player->mute, player->volume, player->movid,
-                                 player->videoid, player->seqno, player->category_id));
+    EXPECT_EQ(players.wire,
+              wire(player->status, player->filename, player->filepath, static_cast<INT32_T>(player->playtime),
+                   player->duration, player->mute, player->volume, player->movid, player->videoid,
+                   player->seqno, player->category_id));
     EXPECT_EQ(0xFFFFFFFFU, player->playtime); // unsigned fields pass through
     delete_tavisys_player_status_information(&player);
     EXPECT_EQ(nullptr, player);
@@ -266,10 +267,11 @@ TEST_F(Fields, OfAMovieHoldWhatTravelled) {
     auto *list = decoded<TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T>(
         movies, decode_tavisys_basic_movie_information_list_from_message);
     const auto *m = list->info;
-    const std::string first = wire(
-        2, m->movid, m->movcode, m->movname, m->score, m->puttime, m->pubtime, m->nposter, m->bposter,
-        m->acronym, m->category_id, m->year_id, m->kind_ids->num, m->kind_ids->ids[0], m->kind_ids->ids[1],
-        m->kind_ids->ids[2], 0, 0, m->resolution_ids->num, m->resolution_ids->ids[0], m->hdsn, m->index);
+    const std::string first =
+        wire(2, m->movid, m->movcode, m->movname, static_cast<INT32_T>(m->score), m->puttime, m->pubtime,
+             m->nposter, m->bposter, m->acronym, m->category_id, m->year_id, m->kind_ids->num,
+             m->kind_ids->ids[0], m->kind_ids->ids[1], m->kind_ids->ids[2], 0, 0, m->resolution_ids->num,
+             m->resolution_ids->ids[0], m->hdsn, m->index);
     EXPECT_EQ(movies.wire.substr(0, first.size()), first);
     EXPECT_EQ(nullptr, m->area_ids);
     EXPECT_EQ(nullptr, m->dimension_ids);

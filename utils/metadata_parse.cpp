@@ -10,6 +10,7 @@
 #include <string_view>
 #include <unordered_set>
 
+#include "dbdata_movinfo/category_table.h"
 #include "support/list.h"
 #include "support/log.h"
 #include "support/owner.h"
@@ -27,13 +28,11 @@ constexpr const INT8_T *LOG_FUNCTION = "parse_tavi_metadata_from_object";
 
 constexpr size_t VALUE_SIZE = 1024;
 constexpr size_t DESCRIPTION_SIZE = 20480;
-constexpr const INT8_T *ALL = "全部";
+constexpr const INT8_T *ALL = TAVISYS_NAME_OF_ALL;
 constexpr const INT8_T *KIND_3D = "3D";
 constexpr INT32_T ALL_YEARS = 0;
 constexpr INT32_T DEFAULT_DATE = 20130101;
 
-constexpr const INT8_T *KNOWN_CATEGORIES[] = {"电影", "电视剧", "音乐", "综艺", "兴趣爱好", "醇音乐"};
-constexpr const INT8_T *DEFAULT_CATEGORY = "电影";
 constexpr const INT8_T *filter_kinds[] = {"情色", "同志", "暴力"};
 
 // How a failure is told when the parser speaks.
@@ -333,11 +332,11 @@ bool parse_resolutions(const PARSER_T &parser) {
 }
 
 const INT8_T *correct_category_name(const INT8_T *name) {
-    for (const INT8_T *known : KNOWN_CATEGORIES) {
-        if (safe_strcasecmp(known, name) == 0)
-            return known;
+    for (const CATEGORY_ID_MAP_T &known : category_ids_map) {
+        if (safe_strcasecmp(known.name, name) == 0)
+            return known.name;
     }
-    return DEFAULT_CATEGORY;
+    return DEFAULT_CATEGORY.name;
 }
 
 bool parse_category(const PARSER_T &parser) {

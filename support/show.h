@@ -1,6 +1,6 @@
 // What the debug listings share.
-#ifndef TAVISYS_CODEC_SHOW_H
-#define TAVISYS_CODEC_SHOW_H
+#ifndef TAVISYS_SUPPORT_SHOW_H
+#define TAVISYS_SUPPORT_SHOW_H
 
 #include "tavisystype.h"
 
