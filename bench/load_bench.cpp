@@ -78,7 +78,7 @@ private:
 void load_library(benchmark::State &state, const std::string &root) {
     const QUIET_T quiet;
     const std::atomic<bool> never = false;
-    const server::LIBRARY_T library = server::find_documents(root, never);
+    const server::LIBRARY_T library = server::find_documents(root, 1, never);
     if (library.documents.empty()) {
         state.SkipWithError("no documents in the folder");
         return;

@@ -47,7 +47,7 @@ constexpr PAGE_FUNCTIONS_T PLAIN_FUNCTIONS = {"encode_tavisys_basic_movie_ext_in
 
 template <class MOVIE>
 bool encode_page_list(WRITER_T &to, const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *list,
-                      const PVOID message, const char *function) {
+                      const void *message, const char *function) {
     if (list == nullptr) {
         TAVISYS_LOG_AS(function, ZLOG_LEVEL_WARN, "参数获取出错! list(%p) message(%p)",
                        static_cast<const void *>(list), message);

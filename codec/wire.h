@@ -244,7 +244,7 @@ template <class RECORD>
 bool encode_field(WRITER_T &to, const RECORD &from, IDS_T<RECORD> field) {
     const BASIC_MOVIE_IDS_T *values = from.*field.member;
     const INT32_T count = values == nullptr ? 0 : values->num;
-    if (count < 0 || !to.integer(count))
+    if (count < 0 || (count > 0 && values->ids == nullptr) || !to.integer(count))
         return false;
     for (INT32_T i = 0; i < count; i++)
         if (!to.integer(values->ids[i]))

@@ -34,7 +34,7 @@ TAVISYS_API INT32_T decode_tavisys_version_information_from_message(const void *
                                                                     TP_TAVISYS_VERSION_INFORMATION_T **info);
 
 /** Print version, name and code, a line each, to standard output; nothing for NULL. A NULL string is
- *  printed as an empty one. */
+ *  printed as "(null)". */
 TAVISYS_API void show_tavisys_version_information(const TP_TAVISYS_VERSION_INFORMATION_T *info);
 
 #ifdef __cplusplus

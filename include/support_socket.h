@@ -32,7 +32,7 @@ TAVISYS_API INT32_T create_tcp_accept_socket(INT32_T listener);
 TAVISYS_API RTSTATUS close_tcp_socket(INT32_T sock);
 
 /** Send all of the data. Fails when the peer takes nothing for 5 seconds, or takes it so slowly that the
- *  whole needs more than 5 seconds and a second for every 64 KiB.
+ *  whole needs more than 5 seconds and a second for every 64 KiB taken.
  *  @return bytes sent (length), or -1: bad argument, connection lost, peer too slow. */
 TAVISYS_API INT32_T send_data_to_tcp_socket(INT32_T sock, const void *data, INT32_T length);
 
@@ -40,7 +40,7 @@ TAVISYS_API INT32_T send_data_to_tcp_socket(INT32_T sock, const void *data, INT3
  *  @param buffer  [out] receives the bytes.
  *  @param length  [in]  bytes wanted, at least 1.
  *  @param timeout [in]  seconds to wait for progress; the whole may take that and a second for every
- *                       64 KiB wanted. 0 or less: no limit.
+ *                       64 KiB received. 0 or less: no limit.
  *  @return bytes received, also fewer than wanted; 0 when the peer closed before any byte; -1: bad
  *          argument, nothing came in time, connection lost before any byte. */
 TAVISYS_API INT32_T receive_data_from_tcp_socket(INT32_T sock, PVOID buffer, INT32_T length, INT32_T timeout);

@@ -21,7 +21,7 @@ TAVISYS_API INT32_T send_trlv_data_to_tcp_communication_channel(INT32_T sock, co
                                                                 INT32_T length);
 
 /** Receive a head and its body.
- *  @param head    [out] receives the head; filled as far as the head arrived, also when the body fails.
+ *  @param head    [out] receives the head once it has arrived whole, also when the body fails then.
  *  @param headlen [in]  sizeof(TRLV_MESSAGE_HEAD), 12.
  *  @param body    [out] receives a fresh body of the head's `length` bytes, which the caller frees with
  *                       safe_free(); untouched on failure and for a message without a body. Its memory
@@ -29,7 +29,8 @@ TAVISYS_API INT32_T send_trlv_data_to_tcp_communication_channel(INT32_T sock, co
  *  @param timeout [in]  seconds for the head, and for progress within the body; the whole body may take
  *                       that and a second for every 64 KiB. 0 or less: no limit.
  *  @return bytes received (12 + length), or negative: -2 bad argument, -3 memory short, -4 no whole head
- *          in time, -5 no whole body in time, -12 a negative length in the head. */
+ *          in time, -5 no whole body in time, -12 a length in the head that is negative or too
+ *          large for the byte count that is returned. */
 TAVISYS_API INT32_T receive_trlv_data_from_tcp_communication_channel(INT32_T sock, TRLV_MESSAGE_HEAD *head,
                                                                      INT32_T headlen, PVOID *body,
                                                                      INT32_T timeout);

@@ -56,7 +56,7 @@ inline INT32_T encode_string(const INT8_T *string, INT8_T *to, INT32_T left) {
     if (left < INTEGER_LENGTH || count > static_cast<size_t>(left - INTEGER_LENGTH))
         return -1;
     store_integer(to, static_cast<INT32_T>(count));
-    memcpy(to + INTEGER_LENGTH, string, count);
+    memcpy(to + INTEGER_LENGTH, string, count); // NOLINT(bugprone-not-null-terminated-result): as it should
     return INTEGER_LENGTH + static_cast<INT32_T>(count);
 }
 

@@ -81,6 +81,25 @@ bool finish_connect(int sock) {
     return error == 0;
 }
 
+// Errors of accept() that are one connection's alone: the next one may be well. The network errors among
+// them are reported there by Linux, see accept(2).
+bool concerns_one_connection(int error) {
+    switch (error) {
+    case EINTR:
+    case ECONNABORTED:
+    case EPROTO:
+    case ENOPROTOOPT:
+    case EHOSTDOWN:
+    case ENONET:
+    case EHOSTUNREACH:
+    case ENETDOWN:
+    case ENETUNREACH:
+        return true;
+    default:
+        return false;
+    }
+}
+
 bool make_blocking(int sock) {
     const int flags = fcntl(sock, F_GETFL);
     return flags >= 0 && fcntl(sock, F_SETFL, flags & ~O_NONBLOCK) == 0;
@@ -200,9 +219,7 @@ INT32_T create_tcp_accept_socket(INT32_T listener) {
             send_without_delay(sock);
             return sock;
         }
-        // A listening socket that doesn't block tells its caller; errors of one connection concern
-        // nobody but its peer.
-        if (errno != EINTR && errno != ECONNABORTED && errno != EPROTO)
+        if (!concerns_one_connection(errno))
             return -1;
     }
 }

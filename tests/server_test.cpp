@@ -178,14 +178,14 @@ TEST(Server, RefusesWhatItCannotAnswerAndGoesOn) {
         {"no such order", 1006, page(page_request(0, 1, 10, 4)), TAVISYS_RESULT_BAD_REQUEST},
         {"a negative order", 1006, page(page_request(0, 1, 10, -1)), TAVISYS_RESULT_BAD_REQUEST},
         {"a movie that isn't there", 1007,
-         bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T{0, 7}), TAVISYS_RESULT_NO_SUCH_MOVIE},
+         bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T{0, -7}), TAVISYS_RESULT_NO_SUCH_MOVIE},
     };
     size_t refused = 0;
     for (const REFUSAL_T &refusal : refusals) {
         SCOPED_TRACE(refusal.what);
         const RAW_REPLY_T reply = exchange(refusal.type, refusal.body);
         EXPECT_EQ(refusal.type, reply.head.type);
-        EXPECT_EQ(refusal.result, reply.head.result);
+        ASSERT_EQ(refusal.result, reply.head.result);
         EXPECT_EQ(0, reply.head.length);
         EXPECT_TRUE(server->wait_for("请求未能回应", ++refused));
     }

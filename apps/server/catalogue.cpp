@@ -49,13 +49,13 @@ void file_values(CATEGORY_T *category, const DBDATA_MOVIE_INFORMATION_T &movie, 
     });
 }
 
-// Files a movie under its category and kinds; called in the order of the lists.
-void file_sorted(CATEGORY_T *category, const DBDATA_MOVIE_INFORMATION_T &movie, POSITION_T position,
-                 size_t order) {
-    category->movies[order].push_back(position);
+// The sorted lists of a category that a movie belongs into.
+void add_lists(CATEGORY_T *category, const DBDATA_MOVIE_INFORMATION_T &movie,
+               std::vector<SORTED_T *> *lists) {
+    lists->push_back(&category->movies);
     for_each(movie.kind_list, [&](const auto &info) {
         if (!means_all(info.name))
-            category->movies_of_kind[info.id][order].push_back(position);
+            lists->push_back(&category->movies_of_kind[info.id]);
     });
 }
 
@@ -120,13 +120,53 @@ const INT8_T *text_or_empty(const INT8_T *text) {
     return text == nullptr ? "" : text;
 }
 
-// Movie code, then disk and partition: the order among equals, and the key of a movie.
-bool code_before(const DBDATA_MOVIE_INFORMATION_T &left, const DBDATA_MOVIE_INFORMATION_T &right) {
-    if (const int order = strcmp(left.info->movie_code, right.info->movie_code); order != 0)
-        return order < 0;
+// Which of two movies of the same code goes first.
+bool lies_before(const DBDATA_MOVIE_INFORMATION_T &left, const DBDATA_MOVIE_INFORMATION_T &right) {
     if (const int order = strcmp(text_or_empty(left.hddevname), text_or_empty(right.hddevname)); order != 0)
         return order < 0;
     return strcmp(text_or_empty(left.ptdevname), text_or_empty(right.ptdevname)) < 0;
+}
+
+// A text to sort by. Its first bytes stand beside it, so that most comparisons need not follow the
+// pointer: with many movies each such step is a miss in the caches.
+class TEXT_KEY_T {
+public:
+    explicit TEXT_KEY_T(const INT8_T *text) : text_(text) {
+        for (size_t i = 0; i < sizeof start_ && text[i] != '\0'; i++)
+            start_ |= uint64_t{static_cast<unsigned char>(text[i])} << (8 * (sizeof start_ - 1 - i));
+    }
+    int compare(const TEXT_KEY_T &other) const {
+        if (start_ != other.start_)
+            return start_ < other.start_ ? -1 : 1;
+        return strcmp(text_, other.text_);
+    }
+    bool operator<(const TEXT_KEY_T &other) const { return compare(other) < 0; }
+
+private:
+    uint64_t start_ = 0; // big-endian, as strcmp() compares bytes
+    const INT8_T *text_;
+};
+
+template <class KEY>
+POSITIONS_T positions_of(const std::vector<std::pair<KEY, POSITION_T>> &keys) {
+    POSITIONS_T positions;
+    positions.reserve(keys.size());
+    for (const auto &[key, position] : keys)
+        positions.push_back(position);
+    return positions;
+}
+
+// The positions in the order of their keys; equal ones stay as they are.
+template <class KEY_OF>
+POSITIONS_T sorted_by(const POSITIONS_T &positions, KEY_OF key_of) {
+    using KEY_T = decltype(key_of(POSITION_T{}));
+    std::vector<std::pair<KEY_T, POSITION_T>> keys;
+    keys.reserve(positions.size());
+    for (const POSITION_T position : positions)
+        keys.emplace_back(key_of(position), position);
+    std::stable_sort(keys.begin(), keys.end(),
+                     [](const auto &left, const auto &right) { return left.first < right.first; });
+    return positions_of(keys);
 }
 
 } // namespace
@@ -157,56 +197,58 @@ CATALOGUE_T::CATALOGUE_T(std::vector<MOVIE_PTR> movies, INT32_T disks)
     file_movies();
 }
 
-// Each order sorts by a number of its own and, among equals, by movie code. The rank by movie code is
-// taken first, so that the strings are compared in two sorts only.
+// Each order sorts by a key of its own and, among equals, by movie code.
 void CATALOGUE_T::sort_movies() {
-    const size_t count = movies_.size();
-    POSITIONS_T by_code(count);
-    std::iota(by_code.begin(), by_code.end(), POSITION_T{0});
-    std::sort(by_code.begin(), by_code.end(),
-              [&](POSITION_T left, POSITION_T right) { return code_before(record(left), record(right)); });
+    const POSITIONS_T by_code = positions_by_code();
+    const auto by = [&](auto key_of) {
+        return sorted_by(by_code, [&](POSITION_T position) { return key_of(record(position)); });
+    };
+    sorted_[TP_ORDER_BY_PUT_TIME] = by([](const auto &movie) { return -int64_t{movie.put_time}; });
+    sorted_[TP_ORDER_BY_PUBLISH_TIME] = by([](const auto &movie) { return -int64_t{movie.publish_time}; });
+    sorted_[TP_ORDER_BY_SCORE] = by([](const auto &movie) { return -int64_t{score_of(movie)}; });
+    sorted_[TP_ORDER_BY_NAME] = by([](const auto &movie) { return TEXT_KEY_T(movie.info->movie_name_ch); });
 
-    std::vector<UINT32_T> scores(count);
-    for (POSITION_T position = 0; position < count; position++)
-        scores[position] = score_of(record(position));
-
-    sorted_.fill(by_code);
-    std::stable_sort(
-        sorted_[TP_ORDER_BY_PUT_TIME].begin(), sorted_[TP_ORDER_BY_PUT_TIME].end(),
-        [&](POSITION_T left, POSITION_T right) { return record(left).put_time > record(right).put_time; });
-    std::stable_sort(sorted_[TP_ORDER_BY_PUBLISH_TIME].begin(), sorted_[TP_ORDER_BY_PUBLISH_TIME].end(),
-                     [&](POSITION_T left, POSITION_T right) {
-                         return record(left).publish_time > record(right).publish_time;
-                     });
-    std::stable_sort(sorted_[TP_ORDER_BY_SCORE].begin(), sorted_[TP_ORDER_BY_SCORE].end(),
-                     [&](POSITION_T left, POSITION_T right) { return scores[left] > scores[right]; });
-    std::stable_sort(sorted_[TP_ORDER_BY_NAME].begin(), sorted_[TP_ORDER_BY_NAME].end(),
-                     [&](POSITION_T left, POSITION_T right) {
-                         return strcmp(record(left).info->movie_name_ch, record(right).info->movie_name_ch) <
-                                0;
-                     });
     for (size_t order = 0; order < ORDERS; order++) {
-        ranks_[order].resize(count);
-        for (uint32_t rank = 0; rank < count; rank++)
+        ranks_[order].resize(movies_.size());
+        for (uint32_t rank = 0; rank < movies_.size(); rank++)
             ranks_[order][sorted_[order][rank]] = rank;
     }
 }
 
+POSITIONS_T CATALOGUE_T::positions_by_code() const {
+    std::vector<std::pair<TEXT_KEY_T, POSITION_T>> codes;
+    codes.reserve(movies_.size());
+    for (POSITION_T position = 0; position < movies_.size(); position++)
+        codes.emplace_back(TEXT_KEY_T(record(position).info->movie_code), position);
+    std::sort(codes.begin(), codes.end(), [&](const auto &left, const auto &right) {
+        if (const int order = left.first.compare(right.first); order != 0)
+            return order < 0;
+        return lies_before(record(left.second), record(right.second));
+    });
+    return positions_of(codes);
+}
+
 void CATALOGUE_T::file_movies() {
-    categories_[ALL_CATEGORIES]; // there also when nothing is loaded
-    for (size_t order = 0; order < ORDERS; order++) {
-        for (const POSITION_T position : sorted_[order]) {
-            const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
-            const INT32_T cid = category_id_of(movie);
-            CATEGORY_T &own = categories_[cid];
-            own.name = movie.category_list->info->name;
-            file_sorted(&own, movie, position, order);
-            file_sorted(&categories_[ALL_CATEGORIES], movie, position, order);
-            if (order != TP_ORDER_BY_PUT_TIME)
-                continue;
-            file_values(&own, movie, position);
-            file_values(&categories_[ALL_CATEGORIES], movie, position);
-        }
+    CATEGORY_T &all = categories_[ALL_CATEGORIES]; // there also when nothing is loaded
+    // The lists that each movie stands in, looked up once for all orders; a map's nodes don't move.
+    std::vector<SORTED_T *> lists;
+    std::vector<size_t> end_of_lists(movies_.size());
+    for (POSITION_T position = 0; position < movies_.size(); position++) {
+        const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
+        CATEGORY_T &own = categories_[category_id_of(movie)];
+        own.name = movie.category_list->info->name;
+        add_lists(&own, movie, &lists);
+        add_lists(&all, movie, &lists);
+        end_of_lists[position] = lists.size();
+    }
+    for (size_t order = 0; order < ORDERS; order++)
+        for (const POSITION_T position : sorted_[order])
+            for (size_t i = position == 0 ? 0 : end_of_lists[position - 1]; i < end_of_lists[position]; i++)
+                (*lists[i])[order].push_back(position);
+    for (const POSITION_T position : sorted_[TP_ORDER_BY_PUT_TIME]) {
+        const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
+        file_values(&categories_[category_id_of(movie)], movie, position);
+        file_values(&all, movie, position);
     }
 }
 

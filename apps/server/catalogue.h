@@ -86,6 +86,7 @@ public:
 
 private:
     void sort_movies();
+    POSITIONS_T positions_by_code() const;
     void file_movies();
     const DBDATA_MOVIE_INFORMATION_T &record(POSITION_T position) const { return *movies_[position]->record; }
 

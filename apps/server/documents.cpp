@@ -1,12 +1,17 @@
 #include "documents.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
-#include <fts.h>
+#include <iterator>
 #include <memory>
+#include <new>
 #include <sys/stat.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 
 #include "log.h"
@@ -18,80 +23,155 @@ namespace {
 constexpr const char *DOCUMENT_NAME = "metadata.xml";
 constexpr off_t LARGEST_DOCUMENT = 4 * 1024 * 1024;
 
-// Levels of the walk: the library folder, disks, partitions, and what lies in them.
-constexpr int DISK_LEVEL = 1;
-constexpr int PARTITION_LEVEL = 2;
+constexpr size_t DEEPEST = 64; // levels of folders: each holds a descriptor while it is looked at
 
-struct CLOSE_WALK_T {
-    void operator()(FTS *walk) const { fts_close(walk); }
+// An open folder, closed with its object.
+class FOLDER_T {
+public:
+    FOLDER_T(int parent, const char *name)
+        : file_(openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)) {}
+    FOLDER_T(const FOLDER_T &) = delete;
+    FOLDER_T &operator=(const FOLDER_T &) = delete;
+    ~FOLDER_T() {
+        if (file_ >= 0)
+            close(file_);
+    }
+    int file() const { return file_; }
+
+private:
+    int file_;
 };
 
-int by_name(const FTSENT **left, const FTSENT **right) {
-    return strcmp((*left)->fts_name, (*right)->fts_name);
-}
+// What the walk needs of a folder's content.
+struct CONTENT_T {
+    std::vector<std::string> folders; // in the order of their names
+    bool has_document = false;        // whatever it is: the reader says what is wrong with it
+};
 
-bool is_directory(const FTSENT &entry) {
-    return entry.fts_info == FTS_D || entry.fts_info == FTS_DP || entry.fts_info == FTS_DNR;
-}
-
-// The folder that holds the entry, below the library folder.
-std::string folder_of(const FTSENT &entry, size_t root_length) {
-    const std::string path(entry.fts_path, entry.fts_pathlen);
-    const size_t end = path.rfind('/');
-    return path.substr(root_length + 1, end - root_length - 1);
-}
-
+// Walks one partition at a time.
 class WALK_T {
 public:
-    WALK_T(const std::string &root, LIBRARY_T *library) : root_length_(root.size()), library_(library) {}
+    WALK_T(const FOLDER_T &root, const std::atomic<bool> &stop) : root_(root), stop_(stop) {}
 
-    // Looks at one entry; tells whether to leave out what lies below it.
-    bool skips(const FTSENT &entry) {
-        if (entry.fts_info == FTS_DNR || entry.fts_info == FTS_ERR || entry.fts_info == FTS_NS)
-            SERVER_WARN("无法读取 %s: %s", entry.fts_path, strerrordesc_np(entry.fts_errno));
-        if (entry.fts_info == FTS_DP)
-            return false;
-        if (entry.fts_level == DISK_LEVEL && is_directory(entry))
-            library_->disks++;
-        if (entry.fts_level <= PARTITION_LEVEL || strcmp(entry.fts_name, DOCUMENT_NAME) != 0)
-            return false;
-        add(entry);
-        return true; // a folder of that name is no document; the reader says so
+    // The names of the folders in a folder, which is named below the library folder.
+    std::vector<std::string> folders_in(const char *path) {
+        const FOLDER_T folder(root_.file(), path);
+        CONTENT_T content;
+        read(folder, path, &content);
+        return std::move(content.folders);
+    }
+
+    std::vector<DOCUMENT_T> documents_in(const std::string &partition) {
+        disk_length_ = partition.find('/');
+        partition_length_ = partition.size() - disk_length_ - 1;
+        path_ = partition;
+        look_into(FOLDER_T(root_.file(), path_.c_str()), 1);
+        return std::move(documents_);
     }
 
 private:
-    void add(const FTSENT &entry) {
-        DOCUMENT_T document{folder_of(entry, root_length_), 0, 0};
-        document.disk_length = document.folder.find('/');
-        const size_t end = document.folder.find('/', document.disk_length + 1);
-        document.partition_length = std::min(end, document.folder.size()) - document.disk_length - 1;
-        library_->documents.push_back(std::move(document));
+    void look_into(const FOLDER_T &folder, size_t level) {
+        CONTENT_T content;
+        if (!read(folder, path_.c_str(), &content))
+            return;
+        if (content.has_document)
+            documents_.push_back({path_, disk_length_, partition_length_});
+        if (level == DEEPEST && !content.folders.empty()) {
+            SERVER_WARN("目录层次过深: %s", path_.c_str());
+            return;
+        }
+        const size_t length = path_.size();
+        for (const std::string &name : content.folders) {
+            if (stop_)
+                return;
+            path_.append("/").append(name);
+            look_into(FOLDER_T(folder.file(), name.c_str()), level + 1);
+            path_.resize(length);
+        }
     }
 
-    size_t root_length_;
-    LIBRARY_T *library_;
+    bool read(const FOLDER_T &folder, const char *path, CONTENT_T *content) {
+        ssize_t size = folder.file();
+        while (size >= 0 && (size = getdents64(folder.file(), buffer_.data(), buffer_.size())) > 0) {
+            const dirent64 *entry = nullptr;
+            for (ssize_t at = 0; at < size; at += entry->d_reclen) {
+                entry = reinterpret_cast<const dirent64 *>(buffer_.data() + at);
+                take(folder, *entry, content);
+            }
+        }
+        if (size < 0)
+            SERVER_WARN("无法读取 %s: %s", path, strerrordesc_np(errno));
+        std::sort(content->folders.begin(), content->folders.end());
+        return size == 0;
+    }
+
+    static void take(const FOLDER_T &folder, const dirent64 &entry, CONTENT_T *content) {
+        if (strcmp(entry.d_name, ".") == 0 || strcmp(entry.d_name, "..") == 0)
+            return;
+        if (strcmp(entry.d_name, DOCUMENT_NAME) == 0)
+            content->has_document = true;
+        else if (is_folder(folder, entry))
+            content->folders.emplace_back(entry.d_name);
+    }
+
+    static bool is_folder(const FOLDER_T &folder, const dirent64 &entry) {
+        if (entry.d_type != DT_UNKNOWN)
+            return entry.d_type == DT_DIR;
+        struct stat status {}; // some file systems don't tell
+        return fstatat(folder.file(), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+               S_ISDIR(status.st_mode);
+    }
+
+    const FOLDER_T &root_;
+    const std::atomic<bool> &stop_;
+    std::vector<DOCUMENT_T> documents_;
+    std::string path_;
+    size_t disk_length_ = 0;
+    size_t partition_length_ = 0;
+    alignas(dirent64) std::array<char, size_t{64} * 1024> buffer_{};
 };
+
+// Calls work() in so many threads, this one among them, and waits until all have returned.
+template <class WORK>
+void share(size_t threads, WORK work) {
+    std::vector<std::jthread> helpers;
+    try {
+        while (helpers.size() + 1 < threads)
+            helpers.emplace_back(work);
+    } catch (const std::system_error &) { // fewer do it as well
+    }
+    work();
+}
 
 } // namespace
 
-LIBRARY_T find_documents(const std::string &root, const std::atomic<bool> &stop) {
+LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop) {
+    const FOLDER_T root(AT_FDCWD, path.c_str());
     LIBRARY_T library;
-    std::string path = root;
-    char *roots[] = {path.data(), nullptr};
-    const std::unique_ptr<FTS, CLOSE_WALK_T> walk(
-        fts_open(roots, FTS_PHYSICAL | FTS_NOCHDIR | FTS_NOSTAT, by_name));
-    if (walk == nullptr) {
-        SERVER_WARN("无法读取 %s: %s", root.c_str(), strerrordesc_np(errno));
-        return library;
+    std::vector<std::string> partitions;
+    const auto top = std::make_unique<WALK_T>(root, stop); // its buffer is large for a stack
+    for (const std::string &disk : top->folders_in(".")) {
+        library.disks++;
+        for (const std::string &partition : top->folders_in(disk.c_str()))
+            partitions.emplace_back(disk).append("/").append(partition);
     }
-    WALK_T look(root, &library);
-    while (!stop) {
-        FTSENT *entry = fts_read(walk.get());
-        if (entry == nullptr)
-            break;
-        if (look.skips(*entry))
-            fts_set(walk.get(), entry, FTS_SKIP);
-    }
+
+    std::vector<std::vector<DOCUMENT_T>> found(partitions.size());
+    std::atomic<size_t> next = 0;
+    std::atomic<bool> short_of_memory = false; // no exception may leave a thread
+    share(std::min(threads, partitions.size()), [&] {
+        try {
+            const auto walk = std::make_unique<WALK_T>(root, stop);
+            for (size_t i = next++; i < partitions.size(); i = next++)
+                found[i] = walk->documents_in(partitions[i]);
+        } catch (const std::bad_alloc &) {
+            short_of_memory = true;
+        }
+    });
+    if (short_of_memory)
+        throw std::bad_alloc();
+    for (std::vector<DOCUMENT_T> &documents : found)
+        std::move(documents.begin(), documents.end(), std::back_inserter(library.documents));
     return library;
 }
 

@@ -25,9 +25,10 @@ struct LIBRARY_T {
     INT32_T disks = 0;
 };
 
-// Walks the library in the order of its names. Symbolic links are not followed. What can't be read is
-// logged and passed over. Ends early, with what it has, when `stop` is set.
-LIBRARY_T find_documents(const std::string &root, const std::atomic<bool> &stop);
+// Walks the library's partitions with so many threads; the documents come in the order of their paths
+// all the same. Symbolic links are not followed. What can't be read is logged and passed over. Ends early,
+// with what it has, when `stop` is set.
+LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop);
 
 // Reads whole documents into a buffer that is used again.
 class DOCUMENT_READER_T {

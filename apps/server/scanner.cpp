@@ -20,7 +20,7 @@ using CLOCK_T = std::chrono::steady_clock;
 constexpr size_t BATCH = 64; // documents that a parser takes at once
 constexpr auto LOOK_EVERY = std::chrono::milliseconds(50);
 constexpr auto PUBLISH_EVERY = std::chrono::milliseconds(250);
-constexpr int PUBLISH_SHARE = 10; // of the time, at most a tenth goes into unfinished snapshots
+constexpr int PUBLISH_SHARE = 20; // of the time, at most a twentieth goes into unfinished snapshots
 
 // Where the movie lies, as the catalogue records it. False when memory is short.
 bool set_position(DBDATA_MOVIE_INFORMATION_T *movie, const DOCUMENT_T &document) {
@@ -100,12 +100,11 @@ private:
                 const std::lock_guard lock(mutex_);
                 outcomes_[i] = std::move(outcome);
                 outcomes_[i].finished = true;
-                finished_++;
+                if (++finished_ == library_.documents.size())
+                    changed_.notify_one();
             }
             if (begin >= library_.documents.size())
                 return;
-            if (end == library_.documents.size())
-                changed_.notify_one();
         }
     }
 
@@ -215,7 +214,7 @@ void SCANNER_T::run() {
 void SCANNER_T::scan() {
     const auto begun = CLOCK_T::now();
     store_->begin(SYSRUN_STATUS_WAITING, 0);
-    LIBRARY_T library = find_documents(root_, stop_);
+    LIBRARY_T library = find_documents(root_, parsers_, stop_);
     store_->begin(SYSRUN_STATUS_PARSING, static_cast<INT32_T>(library.documents.size()));
 
     SCAN_T scan(this, std::move(library));
