@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <latch>
 #include <thread>
 
 #include "dbdata_movie.h"
@@ -45,11 +46,11 @@ INT32_T kind_id(INT32_T category, const std::string &name) {
     return id_of(create_dbdata_kind_information(category, name.c_str()), delete_dbdata_kind_information);
 }
 
-using Catalogue = LEAK_CHECKED_T;
+using AttributeRegistry = LEAK_CHECKED_T;
 
 } // namespace
 
-TEST_F(Catalogue, AListHoldsEachKeyOnceAndANodeWithoutARecordAtItsHeadAlone) {
+TEST_F(AttributeRegistry, AListHoldsEachKeyOnceAndANodeWithoutARecordAtItsHeadAlone) {
     NODE_T *list = nullptr;
     NODE_T *again = node_of("a");
     NODE_T *empty = create_dbdata_area_information_list_node(nullptr, nullptr);
@@ -69,7 +70,7 @@ TEST_F(Catalogue, AListHoldsEachKeyOnceAndANodeWithoutARecordAtItsHeadAlone) {
     EXPECT_NE(nullptr, list); // not cleared
 }
 
-TEST_F(Catalogue, DeletingByKeyTakesTheOneNodeFromAnyPlace) {
+TEST_F(AttributeRegistry, DeletingByKeyTakesTheOneNodeFromAnyPlace) {
     const std::pair<const char *, const char *> CASES[] = {
         {"c", "ab"}, {"a", "cb"}, {"b", "ca"}, {"d", "cab"}};
     for (const auto &[name, left] : CASES) {
@@ -80,7 +81,7 @@ TEST_F(Catalogue, DeletingByKeyTakesTheOneNodeFromAnyPlace) {
     }
 }
 
-TEST_F(Catalogue, PruningTakesTheFirstValueWithoutMoviesWhateverTheDisk) {
+TEST_F(AttributeRegistry, PruningTakesTheFirstValueWithoutMoviesWhateverTheDisk) {
     const auto prune = delete_node_from_dbdata_area_information_list_by_harddisk_serialno;
     NODE_T *list = list_of("abc");
     list->movlist = list; // any pointer: movies
@@ -93,7 +94,7 @@ TEST_F(Catalogue, PruningTakesTheFirstValueWithoutMoviesWhateverTheDisk) {
     delete_list(&list);
 }
 
-TEST_F(Catalogue, ARecordLivesUntilItsLastReferenceGoes) {
+TEST_F(AttributeRegistry, ARecordLivesUntilItsLastReferenceGoes) {
     NODE_T *node = node_of("a");
     auto *const record = duplicate_dbdata_area_information(node->info);
     NODE_T *second = create_dbdata_area_information_list_node(record, nullptr); // takes the reference over
@@ -108,7 +109,7 @@ TEST_F(Catalogue, ARecordLivesUntilItsLastReferenceGoes) {
     delete_dbdata_area_information_list_node(&second);
 }
 
-TEST_F(Catalogue, ShortMemoryLosesNothingAndOnlyTheNodeTells) {
+TEST_F(AttributeRegistry, ShortMemoryLosesNothingAndOnlyTheNodeTells) {
     bool failed = true;
     for (int nth = 1; failed; nth++) {
         testing::internal::CaptureStdout();
@@ -122,7 +123,7 @@ TEST_F(Catalogue, ShortMemoryLosesNothingAndOnlyTheNodeTells) {
     }
 }
 
-TEST(CatalogueDeathTest, AFreshProcessNumbersKeysAsItMeetsThem) {
+TEST(AttributeRegistryDeathTest, AFreshProcessNumbersKeysAsItMeetsThem) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto exit_as_told = [] {
         const auto year = [](INT32_T key) {
@@ -138,13 +139,15 @@ TEST(CatalogueDeathTest, AFreshProcessNumbersKeysAsItMeetsThem) {
     EXPECT_EXIT(exit_as_told(), testing::ExitedWithCode(0), "");
 }
 
-TEST_F(Catalogue, ThreadsGetOneIdPerKeyAndLeaveNoGaps) {
+TEST_F(AttributeRegistry, ThreadsGetOneIdPerKeyAndLeaveNoGaps) {
     kind_id(1, "首");
     const INT32_T before = kind_id(1, "次");
-    std::vector<IDS_T> seen(8, IDS_T(300));
+    std::vector<IDS_T> seen(8, IDS_T(5000));
+    std::latch all(8);
     std::vector<std::thread> threads(seen.size());
     for (size_t t = 0; auto &mine : seen) {
-        threads[t] = std::thread([&mine, begin = t * 37] { // every thread begins elsewhere
+        threads[t] = std::thread([&all, &mine, begin = t * 37] { // every thread begins elsewhere
+            all.arrive_and_wait();
             for (size_t i = begin; i < begin + mine.size(); i++)
                 mine[i % mine.size()] = kind_id(1, "并发" + std::to_string(i % mine.size()));
         });
@@ -157,33 +160,31 @@ TEST_F(Catalogue, ThreadsGetOneIdPerKeyAndLeaveNoGaps) {
     EXPECT_EQ(seen[0][0], kind_id(1, "并发0")); // no record of it lives, the id does
     std::sort(seen[0].begin(), seen[0].end());
     EXPECT_EQ(before + 1, seen[0].front());
-    EXPECT_EQ(before + 300, seen[0].back());
+    EXPECT_EQ(before + 5000, seen[0].back());
     EXPECT_EQ(seen[0].end(), std::adjacent_find(seen[0].begin(), seen[0].end()));
 }
 
-TEST_F(Catalogue, CategoriesHaveFixedIdsAndCaptions) {
+TEST_F(AttributeRegistry, CategoriesHaveFixedIdsAndCaptions) {
     const std::string none = "未知 未知 未知 未知 未知", film = "导演 主演 类型 时长 简介";
-    const std::string CAPTIONS[] = {none,
-                                    none,
-                                    film,
-                                    film,
-                                    "作曲 演唱 类型 时长 简介",
-                                    "导演 主持人 类型 时长 简介",
-                                    film,
-                                    "作曲 歌手 曲风 时长 简介",
-                                    none};
-    for (INT32_T id = -1; const std::string &want : CAPTIONS) {
+    const std::pair<INT32_T, std::string> CAPTIONS[] = {{-1, none},
+                                                        {0, none},
+                                                        {1, film},
+                                                        {2, film},
+                                                        {3, "作曲 演唱 类型 时长 简介"},
+                                                        {4, "导演 主持人 类型 时长 简介"},
+                                                        {5, film},
+                                                        {6, "作曲 歌手 曲风 时长 简介"},
+                                                        {7, none}};
+    for (const auto &[id, want] : CAPTIONS)
         EXPECT_EQ(want, std::string(get_director_desc_by_cid(id)) + ' ' + get_actor_desc_by_cid(id) + ' ' +
                             get_kind_desc_by_cid(id) + ' ' + get_duration_desc_by_cid(id) + ' ' +
                             get_descript_desc_by_cid(id));
-        id++;
-    }
     for (INT32_T id = 1; const char *name : {"电影", "电视剧", "音乐", "综艺", "兴趣爱好", "醇音乐"})
         EXPECT_EQ(id++, id_of(create_dbdata_category_information(name), delete_dbdata_category_information));
     EXPECT_EQ(1, id_of(create_dbdata_category_information("纪录片"), delete_dbdata_category_information));
 }
 
-TEST_F(Catalogue, PruningCategoriesTakesAKindOffEachUntilOneIsEmpty) {
+TEST_F(AttributeRegistry, PruningCategoriesTakesAKindOffEachUntilOneIsEmpty) {
     const auto kind = [](const INT8_T *name) {
         return create_dbdata_kind_information_list_node_ex(1, name, nullptr);
     };

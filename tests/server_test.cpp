@@ -351,7 +351,8 @@ TEST(Server, AnswersWhatHasConnectedBeforeItEnds) {
         for (const int client : clients)
             EXPECT_GT(receive_reply(client).body.size(), 1000U);
         EXPECT_EQ(0, server->wait_for_end());
-        EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(SANITIZED ? 3 : 1));
+        // It ends within a second; a machine that is busy with other tests gets some more.
+        EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(SANITIZED ? 5 : 2));
         close_tavisys_msg_channel(silent);
     }
 }
