@@ -1,12 +1,11 @@
 // The agent calls against a server in the test that hears one request and says canned bytes. The program
 // links the shared library and has a dzlog() of its own, which thereby receives the library's lines.
-#include <functional>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <thread>
 
 #include "harness.h"
-#include "support_socket.h"
+#include "peer.h"
 #include "tavisys_agent_api.h"
 #include "tavisys_comm.h"
 
@@ -16,35 +15,6 @@ using namespace std::string_literals;
 namespace {
 
 constexpr size_t HEAD = sizeof(TRLV_MESSAGE_HEAD);
-
-std::string hear(INT32_T sock, INT32_T length) {
-    std::string bytes(static_cast<size_t>(length), '\0');
-    const INT32_T count = length > 0 ? receive_data_from_tcp_socket(sock, bytes.data(), length, 5) : 0;
-    return bytes.substr(0, static_cast<size_t>(std::max(count, 0)));
-}
-
-// Makes the call while a server answers it with the reply. Returns the request that the server heard.
-std::string serve(const std::string &reply, const std::function<void()> &call) {
-    const INT32_T listener = svr_open_tavisys_msg_channel();
-    EXPECT_LE(0, listener);
-    std::string request;
-    std::thread server([&] {
-        const INT32_T sock = monitor_tavisys_msg_channel(listener);
-        request = hear(sock, HEAD);
-        const auto length = static_cast<unsigned char>(request[8]); // all requests are short
-        request += hear(sock, length);
-        send_data_to_tcp_socket(sock, reply.data(), static_cast<INT32_T>(reply.size()));
-        close_tavisys_msg_channel(sock);
-    });
-    call();
-    server.join();
-    close_tavisys_msg_channel(listener);
-    return request;
-}
-
-std::string message(INT32_T type, INT32_T result, const std::string &body) {
-    return wire(type, result, static_cast<INT32_T>(body.size()), body);
-}
 
 // A call with its types taken off.
 struct CALL_T {
@@ -80,6 +50,13 @@ RTSTATUS get_page(TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **info) {
     const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T page{1, 2, 3, 4, 5, 6, 7, 8};
     return tavisysapi_get_movie_basic_ext_information(&page, info);
 }
+RTSTATUS get_touch_page(TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **info) {
+    const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T page{1, 2, 3, 4, 5, 6, 7, 8};
+    return touchscreen_get_movie_basic_ext_information(&page, info);
+}
+RTSTATUS get_disks(TP_TAVISYS_HARDDISK_INFORMATION_LIST_T **list) {
+    return tavisysapi_get_vod_harddisk_information("127.0.0.1", list);
+}
 constexpr TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T MOVIE{6, 1001};
 RTSTATUS get_detail(TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T **info) {
     return tavisysapi_get_movie_detail_information(&MOVIE, info);
@@ -105,9 +82,14 @@ std::vector<CALL_T> calls() {
                                                                    wire(1, 20, 0, 0, 0, 0)),
         call<get_detail, release_tavisys_detail_movie_information>("detail", 1007, wire(6, 1001), movie),
         call<get_touch_detail, release_tavisys_detail_movie_information>("touch detail", 1007, wire(6, 1001),
-                                                                         movie)};
+                                                                         movie),
+        call<get_touch_page, delete_tavisys_basic_movie_ext_information>(
+            "touch page", 5006, wire(1, 2, 3, 4, 5, 6, 7, 8), wire(1, 20, 0, 0, 0, 0)),
+        call<get_disks, release_tavisys_harddisk_information_list>(
+            "disks", 3000, "", wire(1, "sda", "S", 1, 3, "sda1", "U", "/mnt"))};
     calls[0].malformed = 0; // the caller tests the record
     calls[1].done = 20;     // the decoder's own result
+    calls.back().done = 45; // likewise
     return calls;
 }
 
@@ -172,6 +154,7 @@ TEST(Agent, BadArgumentsAreRefusedBeforeAConnectionIsMade) {
         EXPECT_EQ(-1, c.call(nullptr)) << c.name;
     TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *page = nullptr;
     EXPECT_EQ(-1, tavisysapi_get_movie_basic_ext_information(nullptr, &page));
+    EXPECT_EQ(-1, touchscreen_get_movie_basic_ext_information(nullptr, &page));
     pollfd entry{listener, POLLIN, 0};
     EXPECT_EQ(0, poll(&entry, 1, 0));
 

@@ -1,22 +1,18 @@
 // The TRLV channel over socket pairs and loopback sockets. The peers are threads that speak raw bytes;
 // where one is slow on purpose it waits on its own socket, so that it ends with the call under test.
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
-#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <thread>
 #include <unistd.h>
 
 #include "harness.h"
+#include "peer.h"
 #include "support_memory.h"
 #include "support_socket.h"
 #include "support_trlv.h"
@@ -28,57 +24,6 @@ using namespace std::string_literals;
 namespace {
 
 constexpr INT32_T HEAD = sizeof(TRLV_MESSAGE_HEAD);
-constexpr INT32_T MEBIBYTE = 1024 * 1024;
-
-class PAIR_T {
-public:
-    explicit PAIR_T(int type = SOCK_STREAM) { EXPECT_EQ(0, socketpair(AF_UNIX, type, 0, ends_)); }
-    PAIR_T(const PAIR_T &) = delete;
-    PAIR_T &operator=(const PAIR_T &) = delete;
-    ~PAIR_T() {
-        close(ends_[0]);
-        close_peer();
-    }
-    int ours() const { return ends_[0]; }
-    int peer() const { return ends_[1]; }
-    void close_peer() {
-        if (ends_[1] >= 0)
-            close(ends_[1]);
-        ends_[1] = -1;
-    }
-
-private:
-    int ends_[2] = {-1, -1};
-};
-
-void say(int sock, const std::string &bytes) {
-    send_data_to_tcp_socket(sock, bytes.data(), static_cast<INT32_T>(bytes.size()));
-}
-
-std::string hear(int sock, size_t length) {
-    std::string bytes(length, '\0');
-    const INT32_T count = receive_data_from_tcp_socket(sock, bytes.data(), static_cast<INT32_T>(length), 5);
-    return bytes.substr(0, static_cast<size_t>(std::max(count, 0)));
-}
-
-// Sends one byte every 200 ms until the other side hangs up.
-void trickle(int sock, const std::string &bytes) {
-    pollfd entry{sock, POLLIN, 0};
-    for (size_t i = 0; i < bytes.size() && poll(&entry, 1, 200) == 0; i++)
-        say(sock, bytes.substr(i, 1));
-}
-
-void expect_seconds(double least, double most, const char *what, const std::function<void()> &call) {
-    const auto start = std::chrono::steady_clock::now();
-    call();
-    const double took = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    EXPECT_LT(least - 0.01, took) << what;
-    EXPECT_GT(most, took) << what;
-}
-
-std::string as_string(const void *body, INT32_T length) {
-    return body == nullptr ? "" : std::string(static_cast<const char *>(body), static_cast<size_t>(length));
-}
 
 // One message; a body is stored for a message that has one, and for no failure.
 struct RECEIVED_T {
@@ -112,13 +57,6 @@ RTSTATUS answer(INT32_T type, PVOID body, INT32_T length, PVOID *reply, INT32_T 
 RTSTATUS claim(INT32_T type, PVOID /*body*/, INT32_T /*length*/, PVOID * /*reply*/, INT32_T *replylen) {
     *replylen = type; // without a body
     return 0;
-}
-
-INT32_T port_of(INT32_T sock) {
-    sockaddr_in address{};
-    socklen_t size = sizeof address;
-    EXPECT_EQ(0, getsockname(sock, reinterpret_cast<sockaddr *>(&address), &size));
-    return ntohs(address.sin_port);
 }
 
 LOG_LINE_T line(const char *function, int level, const std::string &text) {

@@ -6,6 +6,7 @@
 
 #include "codec_basic_movinfo.h"
 #include "codec_category_info.h"
+#include "codec_dbdata_movinfo.h"
 #include "codec_detail_movinfo.h"
 #include "codec_filter_info.h"
 #include "codec_kind_info.h"
@@ -22,7 +23,7 @@ using PAGE_T = TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T;
 using MOVIES_T = TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T;
 using DETAIL_T = TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T;
 
-// The calls of one list family; the values of a detail record have no codec of their own.
+// The calls of one list family; not all have a codec of their own.
 template <bool NODES_MAY_BE_EMPTY, auto CREATE_CALL, auto DELETE_CALL, auto CREATE_NODE_CALL, auto ADD_CALL,
           auto DELETE_NODE_CALL, auto DELETE_LIST_CALL, auto ENCODE_CALL = nullptr,
           auto DECODE_CALL = nullptr>
@@ -58,6 +59,11 @@ using MOVIE_T = FAMILY_T<true, LIST_CALLS(tavisys_basic_movie_information),
                          encode_tavisys_basic_movie_information_list_to_message,
                          decode_tavisys_basic_movie_information_list_from_message>;
 using VALUE_T = FAMILY_T<true, LIST_CALLS(movie_filter_information)>;
+using TRANSFER_VALUE_T = FAMILY_T<true, LIST_CALLS(tp_tavisys_dbdata_filter_information)>;
+using TRANSFER_PERSON_T = FAMILY_T<true, LIST_CALLS(tp_tavisys_dbdata_person_information)>;
+using TRANSFER_YEAR_T = FAMILY_T<true, LIST_CALLS(tp_tavisys_dbdata_year_information)>;
+using TRANSFER_VIDEO_T = FAMILY_T<true, LIST_CALLS(tp_tavisys_dbdata_video_information)>;
+using TRANSFER_MOVIE_T = FAMILY_T<true, LIST_CALLS(tp_tavisys_dbdata_movie_information)>;
 
 template <class FAMILY>
 typename FAMILY::NODE *new_node() {
@@ -77,7 +83,8 @@ class List : public LEAK_CHECKED_T {};
 template <class FAMILY>
 class CodedList : public LEAK_CHECKED_T {};
 using CODED_FAMILIES_T = testing::Types<CATEGORY_T, KIND_T, FILTER_T, VIDEO_T, MOVIE_T>;
-using FAMILIES_T = testing::Types<CATEGORY_T, KIND_T, FILTER_T, VIDEO_T, MOVIE_T, VALUE_T>;
+using FAMILIES_T = testing::Types<CATEGORY_T, KIND_T, FILTER_T, VIDEO_T, MOVIE_T, VALUE_T, TRANSFER_VALUE_T,
+                                  TRANSFER_PERSON_T, TRANSFER_YEAR_T, TRANSFER_VIDEO_T, TRANSFER_MOVIE_T>;
 TYPED_TEST_SUITE(List, FAMILIES_T, );
 TYPED_TEST_SUITE(CodedList, CODED_FAMILIES_T, );
 using Codec = LEAK_CHECKED_T;

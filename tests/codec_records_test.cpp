@@ -1,10 +1,4 @@
-// What every message body has in common, over one table of all record families: the bytes on the wire,
-// the way back, every cut, every hostile count, every allocation that fails.
-#include <algorithm>
-#include <climits>
-#include <functional>
-#include <gtest/gtest.h>
-
+// The records of a browsing client: what every body has in common, and which field is which.
 #include "codec_basic_movinfo.h"
 #include "codec_category_info.h"
 #include "codec_detail_movinfo.h"
@@ -15,41 +9,13 @@
 #include "codec_sysrun_status_info.h"
 #include "codec_version_info.h"
 #include "codec_video_info.h"
-#include "harness.h"
+#include "record_family.h"
 #include "support_memory.h"
 
 using namespace harness;
 using namespace std::string_literals;
 
 namespace {
-
-// A body's family with the types taken off.
-struct FAMILY_T {
-    const char *name;
-    std::string wire; // one body, written by hand
-    RTSTATUS (*encode)(const void *, PVOID *, INT32_T *);
-    INT32_T (*decode)(const void *, INT32_T, void **);
-    void (*release)(void **);
-};
-
-template <auto ENCODE, auto DECODE, auto RELEASE, class RECORD>
-FAMILY_T erase(const char *name, const std::string &wire, void (*)(RECORD **)) {
-    return {name, wire,
-            [](const void *record, PVOID *body, INT32_T *length) {
-                return ENCODE(static_cast<const RECORD *>(record), body, length);
-            },
-            [](const void *body, INT32_T length, void **out) {
-                return DECODE(body, length, reinterpret_cast<RECORD **>(out));
-            },
-            [](void **record) {
-                RELEASE(reinterpret_cast<RECORD **>(record));
-                *record = nullptr; // a list's delete leaves the pointer
-            }};
-}
-template <auto ENCODE, auto DECODE, auto RELEASE>
-FAMILY_T family(const char *name, const std::string &wire) {
-    return erase<ENCODE, DECODE, RELEASE>(name, wire, RELEASE);
-}
 
 std::string wire_of_videos() {
     return wire(2, 31, 1, nullptr, "/a.mp4", 32, 2, "下", "/b.mp4");
@@ -60,7 +26,9 @@ std::string wire_of_movies() { // a full one and an empty one
            wire(0, 0, 0, 0, 0, 0, nullptr, 0);
 }
 
-const std::vector<FAMILY_T> &families() {
+} // namespace
+
+const std::vector<FAMILY_T> &harness::families() {
     static const std::vector<FAMILY_T> FAMILIES = {
         family<encode_tavisys_sysrun_status_information_to_message,
                decode_tavisys_sysrun_status_information_from_message,
@@ -102,143 +70,6 @@ const std::vector<FAMILY_T> &families() {
     };
     return FAMILIES;
 }
-
-class Record : public LEAK_CHECKED_T, public testing::WithParamInterface<FAMILY_T> {
-protected:
-    // Decodes from an exact block; a failure has to leave the out-argument alone.
-    INT32_T decode(const std::string &bytes, void **out) {
-        const BODY_T body(bytes);
-        INT8_T mark = 0;
-        void *decoded = &mark;
-        const INT32_T used = GetParam().decode(body.data(), body.length(), &decoded);
-        EXPECT_EQ(used < 0, decoded == &mark);
-        *out = decoded == &mark ? nullptr : decoded;
-        return used;
-    }
-};
-
-// A record and its node take at most this much memory for each byte that they had on the wire.
-constexpr size_t MEMORY_PER_BYTE = 8;
-
-} // namespace
-
-TEST_P(Record, DecodesFromItsWireBytesAndEncodesToThem) {
-    for (const std::string &unread : {""s, "x"s, "more bytes"s}) {
-        void *record = nullptr;
-        ASSERT_EQ(static_cast<INT32_T>(GetParam().wire.size()), decode(GetParam().wire + unread, &record));
-        PVOID body = nullptr;
-        INT32_T length = 0;
-        EXPECT_EQ(0, GetParam().encode(record, &body, &length));
-        EXPECT_EQ(GetParam().wire, std::string(static_cast<char *>(body), static_cast<size_t>(length)));
-        safe_free(body);
-        GetParam().release(&record);
-    }
-}
-
-TEST_P(Record, EveryCutIsRefused) {
-    for (size_t cut = 0; cut < GetParam().wire.size(); cut++) {
-        void *record = nullptr;
-        EXPECT_EQ(-1, decode(GetParam().wire.substr(0, cut), &record)) << cut;
-    }
-    void *record = nullptr;
-    EXPECT_EQ(-1, GetParam().decode("", -1, &record));
-    EXPECT_EQ(-1, GetParam().decode("", INT_MIN, &record));
-}
-
-TEST_P(Record, NullArgumentsAreRefused) {
-    void *sample = nullptr;
-    decode(GetParam().wire, &sample);
-    INT8_T mark = 0;
-    PVOID body = &mark;
-    INT32_T length = 77;
-    EXPECT_EQ(-1, GetParam().encode(nullptr, &body, &length));
-    EXPECT_EQ(-1, GetParam().encode(sample, nullptr, &length));
-    EXPECT_EQ(-1, GetParam().encode(sample, &body, nullptr));
-    EXPECT_EQ(&mark, body);
-    EXPECT_EQ(77, length);
-    void *record = &mark;
-    EXPECT_EQ(-1, GetParam().decode(nullptr, 100, &record));
-    EXPECT_EQ(-1, GetParam().decode(GetParam().wire.data(), 100, nullptr));
-    EXPECT_EQ(&mark, record);
-    GetParam().release(&sample);
-    GetParam().release(&sample); // now NULL: nothing to free
-}
-
-// Every integer of the body in turn, be it a value, a length, a flag or a count, becomes a hostile one.
-TEST_P(Record, HostileNumbersNeverCostMoreMemoryThanTheBodyHasBytes) {
-    const std::string &good = GetParam().wire;
-    for (INT32_T hostile : {INT_MAX, INT_MAX - 3, INT_MIN, -1, -2, 0, 1, 2, 3, 0x10000, 0x40000000}) {
-        for (size_t at = 0; at + 4 <= good.size(); at++) {
-            SCOPED_TRACE(std::to_string(hostile) + " at " + std::to_string(at));
-            void *record = nullptr;
-            forget_allocations();
-            const INT32_T used = decode(std::string(good).replace(at, 4, wire(hostile)), &record);
-            EXPECT_LE(bytes_allocated(), MEMORY_PER_BYTE * good.size());
-            EXPECT_LE(used, static_cast<INT32_T>(good.size()));
-            if (used >= 0)
-                GetParam().release(&record);
-        }
-    }
-}
-
-TEST_P(Record, EveryAllocationThatFailsIsACleanFailure) {
-    testing::internal::CaptureStdout(); // node creators say what failed; looked at elsewhere
-    const auto fail_each = [](const char *what, const std::function<bool()> &succeeds) {
-        for (int nth = 1;; nth++) {
-            SCOPED_TRACE(std::string(what) + ", allocation " + std::to_string(nth));
-            const long live = live_allocations();
-            fail_nth_allocation(nth);
-            const bool succeeded = succeeds();
-            const bool failed = an_allocation_failed();
-            EXPECT_NE(failed, succeeded);
-            EXPECT_EQ(live, live_allocations());
-            if (!failed)
-                return nth - 1;
-        }
-    };
-    void *sample = nullptr;
-    decode(GetParam().wire, &sample);
-    EXPECT_EQ(1, fail_each("encode", [sample] {
-                  INT8_T mark = 0;
-                  PVOID body = &mark;
-                  INT32_T length = 77;
-                  const RTSTATUS result = GetParam().encode(sample, &body, &length);
-                  EXPECT_EQ(result == 0, body != &mark);
-                  EXPECT_EQ(result == 0, length != 77);
-                  if (result == 0)
-                      safe_free(body);
-                  return result == 0;
-              }));
-    GetParam().release(&sample);
-    EXPECT_LT(0, fail_each("decode", [this] {
-                  void *record = nullptr;
-                  const INT32_T used = decode(GetParam().wire, &record);
-                  EXPECT_TRUE(used == -1 || used == static_cast<INT32_T>(GetParam().wire.size()));
-                  GetParam().release(&record);
-                  return used > 0;
-              }));
-    testing::internal::GetCapturedStdout();
-}
-
-INSTANTIATE_TEST_SUITE_P(Codec, Record, testing::ValuesIn(families()),
-                         [](const auto &family) { return std::string(family.param.name); });
-
-namespace {
-
-using Fields = LEAK_CHECKED_T;
-
-template <class RECORD, class DECODE>
-RECORD *decoded(const FAMILY_T &family, DECODE decode) {
-    RECORD *record = nullptr;
-    decode(family.wire.data(), static_cast<INT32_T>(family.wire.size()), &record);
-    return record;
-}
-const FAMILY_T &family_of(const std::string &name) {
-    return *std::find_if(families().begin(), families().end(),
-                         [&](const FAMILY_T &f) { return f.name == name; });
-}
-
-} // namespace
 
 // The round trip tells the order on the wire; that each item belongs to the field of its name is seen here.
 TEST_F(Fields, OfStatusRecordsHoldWhatTravelled) {
