@@ -1,15 +1,11 @@
 #include "codec_basic_movinfo.h"
 
-#include "codec/wire.h"
-#include "support/log.h"
-#include "support_memory.h"
+#include "codec/logged_body.h"
 
 using namespace tavisys;
 using namespace tavisys::wire;
 
 namespace {
-
-constexpr const char *LOG_FILE = "codec/codec_basic_movinfo.c";
 
 struct BASIC_MOVIE_WIRE {
     using RECORD = TP_TAVISYS_BASIC_MOVIE_INFORMATION_T;
@@ -20,6 +16,13 @@ struct BASIC_MOVIE_WIRE {
                         integer(&RECORD::category_id), integer(&RECORD::year_id), ids(&RECORD::kind_ids),
                         ids(&RECORD::area_ids), ids(&RECORD::dimension_ids), ids(&RECORD::resolution_ids),
                         string(&RECORD::hdsn), integer(&RECORD::index));
+};
+
+// A touch screen also shows how many videos there are and how long they take.
+struct TOUCH_MOVIE_WIRE {
+    using RECORD = BASIC_MOVIE_WIRE::RECORD;
+    static constexpr auto FIELDS = std::tuple_cat(
+        BASIC_MOVIE_WIRE::FIELDS, std::make_tuple(integer(&RECORD::totalvideo), integer(&RECORD::duration)));
 };
 
 struct PAGE_NUMBERS_WIRE {
@@ -44,16 +47,19 @@ struct PAGE_FUNCTIONS_T {
 };
 constexpr PAGE_FUNCTIONS_T PLAIN_FUNCTIONS = {"encode_tavisys_basic_movie_ext_information_to_message",
                                               "encode_tavisys_basic_movie_information_list_to_buffer"};
+constexpr PAGE_FUNCTIONS_T TOUCH_FUNCTIONS = {
+    "encode_touchscreen_basic_movie_ext_information_to_message",
+    "encode_touchscreen_tavisys_basic_movie_information_list_to_buffer"};
 
 template <class MOVIE>
 bool encode_page_list(WRITER_T &to, const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *list,
-                      const void *message, const char *function) {
+                      const char *function) {
     if (list == nullptr) {
         TAVISYS_LOG_AS(function, ZLOG_LEVEL_WARN, "参数获取出错! list(%p) message(%p)",
-                       static_cast<const void *>(list), message);
+                       static_cast<const void *>(list), static_cast<const void *>(to.at()));
         return false;
     }
-    if (!to.integer(count_records(list))) {
+    if (!to.integer(count_records<MOVIE>(list))) {
         TAVISYS_LOG_AS(function, ZLOG_LEVEL_WARN, "failed to encode_int_data_to_buffer");
         return false;
     }
@@ -68,32 +74,14 @@ bool encode_page_list(WRITER_T &to, const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIS
 template <class MOVIE>
 RTSTATUS encode_page(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *info, PVOID *msgdata, INT32_T *msglen,
                      const PAGE_FUNCTIONS_T &functions) {
-    if (info == nullptr || msgdata == nullptr || msglen == nullptr) {
-        TAVISYS_LOG_AS(functions.page, ZLOG_LEVEL_WARN, "参数获取出错! info(%p) msgdata(%p) msglen(%p)",
-                       static_cast<const void *>(info), static_cast<void *>(msgdata),
-                       static_cast<void *>(msglen));
+    if (!are_given(functions.page, info, msgdata, msglen))
         return -1;
-    }
-    const int64_t length = length_of<PAGE_WIRE<MOVIE>>(*info);
-    if (length < 1 || length > LONGEST_BODY) {
-        TAVISYS_LOG_AS(functions.page, ZLOG_LEVEL_WARN, "出错,获取的长度(%d)小于0",
-                       static_cast<INT32_T>(length));
-        return -1;
-    }
-    OWNED_BODY_T body(static_cast<INT8_T *>(calloc(1, static_cast<size_t>(length))));
-    if (body == nullptr) {
-        TAVISYS_LOG_AS(functions.page, ZLOG_LEVEL_WARN, "创建内存失败..");
-        return -1;
-    }
-    WRITER_T to(body.get(), static_cast<INT32_T>(length));
-    if (!encode<PAGE_NUMBERS_WIRE>(to, info->pageinfo) ||
-        !encode_page_list<MOVIE>(to, info->list, body.get(), functions.list)) {
-        TAVISYS_LOG_AS(functions.page, ZLOG_LEVEL_WARN, "出错..");
-        return -1;
-    }
-    *msgdata = body.release();
-    *msglen = to.written();
-    return 0;
+    const auto fill = [&](WRITER_T &to) {
+        return encode<PAGE_NUMBERS_WIRE>(to, info->pageinfo) &&
+               encode_page_list<MOVIE>(to, info->list, functions.list);
+    };
+    return encode_to_message(length_of<PAGE_WIRE<MOVIE>>(*info), msgdata, msglen, fill,
+                             LOGGED_T{functions.page, "出错.."});
 }
 
 bool has_code(const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node, const INT8_T *movcode) {
@@ -201,4 +189,21 @@ INT32_T
 decode_tavisys_basic_movie_information_list_from_message(const void *msgdata, INT32_T msglen,
                                                          TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list) {
     return decode_list_from_message<BASIC_MOVIE_WIRE>(msgdata, msglen, list);
+}
+
+RTSTATUS
+encode_touchscreen_basic_movie_ext_information_to_message(
+    const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *info, PVOID *msgdata, INT32_T *msglen) {
+    return encode_page<TOUCH_MOVIE_WIRE>(info, msgdata, msglen, TOUCH_FUNCTIONS);
+}
+
+INT32_T
+decode_touchscreen_basic_movie_ext_information_from_message(const void *msgdata, INT32_T msglen,
+                                                            TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **info) {
+    return decode_record_from_message<PAGE_WIRE<TOUCH_MOVIE_WIRE>>(msgdata, msglen, info);
+}
+
+INT32_T decode_touchscreen_basic_movie_information_list_from_message(
+    const void *msgdata, INT32_T msglen, TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list) {
+    return decode_list_from_message<TOUCH_MOVIE_WIRE>(msgdata, msglen, list);
 }

@@ -37,7 +37,7 @@ INT32_T calc_encode_video_information_list_length(const TP_TAVISYS_VIDEO_INFORMA
     if (length > LONGEST_BODY)
         return -1;
     if (number != nullptr)
-        *number = count_records(list);
+        *number = count_records<VIDEO_WIRE>(list);
     return static_cast<INT32_T>(length);
 }
 

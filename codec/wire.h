@@ -12,12 +12,25 @@
 //     string(&R::field)             owned string, NULL allowed
 //     label(&R::field)              as string, but the family's delete leaves it to its caller
 //     record<WIRE>(&R::field)       a record held by value: its fields, one behind the other
+//     owned<WIRE>(&R::field)        an owned record: its fields; NULL can't be encoded
 //     optional<WIRE>(&R::field)     an owned record or NULL: a flag 1 and its fields, or a lone flag 0
+//     sized<WIRE>(&R::field)        as optional, but the flag is the length of the fields that follow;
+//                                   a decoder asks only whether it is 0
 //     ids(&R::field)                an owned counted array of ids or NULL: the count, then the ids
-//     list<WIRE>(&R::field, rule)   an owned list: the count of its records, then the records
+//     list<WIRE>(&R::field, rules)  an owned list: the count of its records, then the records
 //
-// A list field that is NULL can't be encoded. The rule says what becomes of a node without a record:
-// SKIPPED writes nothing and isn't counted; REFUSED fails the whole encoding.
+// The rules of a list say what becomes of a node without a record (SKIPPED writes nothing and isn't
+// counted; REFUSED fails the whole encoding) and of a list that is NULL (REFUSED fails the whole encoding;
+// EMPTY writes a count of 0). A list is intrusive where its nodes are the records of its WIRE, carrying
+// `next` themselves; else its nodes are {next, info}.
+//
+// A WIRE may also state
+//
+//     static RECORD *create()                      how a decoder makes a record, where that says something
+//     static const INT8_T *key(const RECORD &)     what may not repeat in a decoded list: later ones go
+//
+// A family may have kinds of its own: each derives from one of the above and overloads, beside itself,
+// what differs of field_length, encode_field, free_field and decode_field.
 //
 // Everything is resolved at compile time: a record's encoder is the straight-line code that one would
 // write by hand, with one check of the room that is left for each field.
@@ -30,6 +43,7 @@
 
 #include "codec_basic_movinfo.h"
 #include "support/codec_primitive.h"
+#include "support/distinct.h"
 #include "support/list.h"
 #include "support/owner.h"
 
@@ -38,6 +52,8 @@ namespace tavisys::wire {
 // ---- What a description is made of
 
 enum class EMPTY_NODE_T { SKIPPED, REFUSED };
+enum class NULL_LIST_T { REFUSED, EMPTY };
+enum class PRESENCE_T { FLAG, LENGTH };
 
 template <class RECORD, class VALUE>
 struct INTEGER_T {
@@ -57,8 +73,13 @@ struct INNER_T {
     typename WIRE::RECORD RECORD::*member;
 };
 template <class WIRE, class RECORD>
+struct OWNED_RECORD_T {
+    typename WIRE::RECORD *RECORD::*member;
+};
+template <class WIRE, class RECORD>
 struct OPTIONAL_T {
     typename WIRE::RECORD *RECORD::*member;
+    PRESENCE_T presence;
 };
 template <class RECORD>
 struct IDS_T {
@@ -68,6 +89,7 @@ template <class WIRE, class RECORD, class NODE>
 struct LIST_T {
     NODE *RECORD::*member;
     EMPTY_NODE_T empty_node;
+    NULL_LIST_T null_list;
 };
 
 template <class RECORD, class VALUE>
@@ -87,19 +109,50 @@ constexpr INNER_T<WIRE, RECORD> record(typename WIRE::RECORD RECORD::*member) {
     return {member};
 }
 template <class WIRE, class RECORD>
-constexpr OPTIONAL_T<WIRE, RECORD> optional(typename WIRE::RECORD *RECORD::*member) {
+constexpr OWNED_RECORD_T<WIRE, RECORD> owned(typename WIRE::RECORD *RECORD::*member) {
     return {member};
+}
+template <class WIRE, class RECORD>
+constexpr OPTIONAL_T<WIRE, RECORD> optional(typename WIRE::RECORD *RECORD::*member) {
+    return {member, PRESENCE_T::FLAG};
+}
+template <class WIRE, class RECORD>
+constexpr OPTIONAL_T<WIRE, RECORD> sized(typename WIRE::RECORD *RECORD::*member) {
+    return {member, PRESENCE_T::LENGTH};
 }
 template <class RECORD>
 constexpr IDS_T<RECORD> ids(BASIC_MOVIE_IDS_T *RECORD::*member) {
     return {member};
 }
 template <class WIRE, class RECORD, class NODE>
-constexpr LIST_T<WIRE, RECORD, NODE> list(NODE *RECORD::*member, EMPTY_NODE_T empty_node) {
-    return {member, empty_node};
+constexpr LIST_T<WIRE, RECORD, NODE> list(NODE *RECORD::*member,
+                                          EMPTY_NODE_T empty_node = EMPTY_NODE_T::SKIPPED,
+                                          NULL_LIST_T null_list = NULL_LIST_T::REFUSED) {
+    return {member, empty_node, null_list};
 }
 
-// ---- Smallest encoding: every field but a record held by value takes at least one integer
+// ---- The records of a list
+
+template <class WIRE, class NODE>
+constexpr bool IS_INTRUSIVE = std::is_same_v<std::remove_const_t<NODE>, typename WIRE::RECORD>;
+
+template <class WIRE, class NODE>
+auto *record_of(NODE *node) {
+    if constexpr (IS_INTRUSIVE<WIRE, NODE>)
+        return node;
+    else
+        return node->info;
+}
+
+template <class WIRE, class NODE>
+INT32_T count_records(const NODE *list) {
+    INT32_T count = 0;
+    for (const NODE *node = list; node != nullptr; node = next_of(node))
+        count += record_of<WIRE>(node) != nullptr ? 1 : 0;
+    return count;
+}
+
+// ---- Smallest encoding: every field but a record without a flag takes at least one integer
 
 template <class WIRE>
 constexpr INT32_T smallest_length();
@@ -110,6 +163,10 @@ constexpr INT32_T smallest_field(FIELD) {
 }
 template <class WIRE, class RECORD>
 constexpr INT32_T smallest_field(INNER_T<WIRE, RECORD>) {
+    return smallest_length<WIRE>();
+}
+template <class WIRE, class RECORD>
+constexpr INT32_T smallest_field(OWNED_RECORD_T<WIRE, RECORD>) {
     return smallest_length<WIRE>();
 }
 template <class WIRE>
@@ -128,17 +185,14 @@ int64_t list_length(const NODE *list) {
         return 0;
     int64_t length = INTEGER_LENGTH;
     for (const NODE *node = list; node != nullptr; node = next_of(node))
-        if (node->info != nullptr)
-            length += length_of<WIRE>(*node->info);
+        if (const auto *info = record_of<WIRE>(node); info != nullptr)
+            length += length_of<WIRE>(*info);
     return length;
 }
 
-template <class NODE>
-INT32_T count_records(const NODE *list) {
-    INT32_T count = 0;
-    for (const NODE *node = list; node != nullptr; node = next_of(node))
-        count += node->info != nullptr ? 1 : 0;
-    return count;
+template <class WIRE>
+int64_t optional_length(const typename WIRE::RECORD *info) {
+    return INTEGER_LENGTH + (info == nullptr ? 0 : length_of<WIRE>(*info));
 }
 
 template <class RECORD, class VALUE>
@@ -158,9 +212,13 @@ int64_t field_length(const RECORD &from, INNER_T<WIRE, RECORD> field) {
     return length_of<WIRE>(from.*field.member);
 }
 template <class WIRE, class RECORD>
+int64_t field_length(const RECORD &from, OWNED_RECORD_T<WIRE, RECORD> field) {
+    const auto *info = from.*field.member;
+    return info == nullptr ? 0 : length_of<WIRE>(*info);
+}
+template <class WIRE, class RECORD>
 int64_t field_length(const RECORD &from, OPTIONAL_T<WIRE, RECORD> field) {
-    const auto *inner = from.*field.member;
-    return INTEGER_LENGTH + (inner == nullptr ? 0 : length_of<WIRE>(*inner));
+    return optional_length<WIRE>(from.*field.member);
 }
 template <class RECORD>
 int64_t field_length(const RECORD &from, IDS_T<RECORD> field) {
@@ -169,6 +227,8 @@ int64_t field_length(const RECORD &from, IDS_T<RECORD> field) {
 }
 template <class WIRE, class RECORD, class NODE>
 int64_t field_length(const RECORD &from, LIST_T<WIRE, RECORD, NODE> field) {
+    if (field.null_list == NULL_LIST_T::EMPTY && from.*field.member == nullptr)
+        return INTEGER_LENGTH;
     return list_length<WIRE>(from.*field.member);
 }
 
@@ -184,6 +244,9 @@ public:
     WRITER_T(void *to, INT32_T length) : start_(static_cast<INT8_T *>(to)), at_(start_), left_(length) {}
     bool integer(INT32_T value) { return advance(encode_integer(value, at_, left_)); }
     bool string(const INT8_T *value) { return advance(encode_string(value, at_, left_)); }
+    bool skip(INT32_T count) { return advance(count <= left_ ? count : -1); }
+    const INT8_T *at() const { return at_; }
+    INT32_T left() const { return left_; }
     INT32_T written() const { return static_cast<INT32_T>(at_ - start_); }
 
 private:
@@ -205,16 +268,25 @@ bool encode(WRITER_T &to, const typename WIRE::RECORD &record);
 template <class WIRE, class NODE>
 bool encode_records(WRITER_T &to, const NODE *list, EMPTY_NODE_T empty_node) {
     for (const NODE *node = list; node != nullptr; node = next_of(node)) {
-        if (node->info == nullptr && empty_node == EMPTY_NODE_T::REFUSED)
+        const auto *info = record_of<WIRE>(node);
+        if (info == nullptr && empty_node == EMPTY_NODE_T::REFUSED)
             return false;
-        if (node->info != nullptr && !encode<WIRE>(to, *node->info))
+        if (info != nullptr && !encode<WIRE>(to, *info))
             return false;
     }
     return true;
 }
 template <class WIRE, class NODE>
 bool encode_list(WRITER_T &to, const NODE *list, EMPTY_NODE_T empty_node) {
-    return list != nullptr && to.integer(count_records(list)) && encode_records<WIRE>(to, list, empty_node);
+    return list != nullptr && to.integer(count_records<WIRE>(list)) &&
+           encode_records<WIRE>(to, list, empty_node);
+}
+template <class WIRE>
+bool encode_optional(WRITER_T &to, const typename WIRE::RECORD *info, PRESENCE_T presence) {
+    if (info == nullptr)
+        return to.integer(0);
+    const int64_t mark = presence == PRESENCE_T::FLAG ? 1 : length_of<WIRE>(*info);
+    return to.integer(static_cast<INT32_T>(mark)) && encode<WIRE>(to, *info);
 }
 
 template <class RECORD, class VALUE>
@@ -234,11 +306,13 @@ bool encode_field(WRITER_T &to, const RECORD &from, INNER_T<WIRE, RECORD> field)
     return encode<WIRE>(to, from.*field.member);
 }
 template <class WIRE, class RECORD>
+bool encode_field(WRITER_T &to, const RECORD &from, OWNED_RECORD_T<WIRE, RECORD> field) {
+    const auto *info = from.*field.member;
+    return info != nullptr && encode<WIRE>(to, *info);
+}
+template <class WIRE, class RECORD>
 bool encode_field(WRITER_T &to, const RECORD &from, OPTIONAL_T<WIRE, RECORD> field) {
-    const auto *inner = from.*field.member;
-    if (inner == nullptr)
-        return to.integer(0);
-    return to.integer(1) && encode<WIRE>(to, *inner);
+    return encode_optional<WIRE>(to, from.*field.member, field.presence);
 }
 template <class RECORD>
 bool encode_field(WRITER_T &to, const RECORD &from, IDS_T<RECORD> field) {
@@ -253,6 +327,8 @@ bool encode_field(WRITER_T &to, const RECORD &from, IDS_T<RECORD> field) {
 }
 template <class WIRE, class RECORD, class NODE>
 bool encode_field(WRITER_T &to, const RECORD &from, LIST_T<WIRE, RECORD, NODE> field) {
+    if (field.null_list == NULL_LIST_T::EMPTY && from.*field.member == nullptr)
+        return to.integer(0);
     return encode_list<WIRE>(to, from.*field.member, field.empty_node);
 }
 
@@ -273,7 +349,10 @@ template <class WIRE, bool WHOLE = false, class NODE>
 void delete_list_node(NODE **node) {
     if (node == nullptr || *node == nullptr)
         return;
-    delete_record<WIRE, WHOLE>(&(*node)->info);
+    if constexpr (!IS_INTRUSIVE<WIRE, NODE>)
+        delete_record<WIRE, WHOLE>(&(*node)->info);
+    else
+        free_fields<WIRE, WHOLE>(**node);
     free(*node);
     *node = nullptr;
 }
@@ -298,9 +377,14 @@ void free_field(const RECORD &of, INNER_T<WIRE, RECORD> field) {
     free_fields<WIRE, WHOLE>(of.*field.member);
 }
 template <bool WHOLE, class WIRE, class RECORD>
+void free_field(const RECORD &of, OWNED_RECORD_T<WIRE, RECORD> field) {
+    auto *info = of.*field.member;
+    delete_record<WIRE, WHOLE>(&info);
+}
+template <bool WHOLE, class WIRE, class RECORD>
 void free_field(const RECORD &of, OPTIONAL_T<WIRE, RECORD> field) {
-    auto *inner = of.*field.member;
-    delete_record<WIRE, WHOLE>(&inner);
+    auto *info = of.*field.member;
+    delete_record<WIRE, WHOLE>(&info);
 }
 template <bool WHOLE, class RECORD>
 void free_field(const RECORD &of, IDS_T<RECORD> field) {
@@ -354,10 +438,18 @@ template <class WIRE>
 bool decode(READER_T &from, typename WIRE::RECORD &record);
 
 template <class WIRE>
+typename WIRE::RECORD *new_record() {
+    if constexpr (requires { WIRE::create(); })
+        return WIRE::create();
+    else
+        return allocate<typename WIRE::RECORD>();
+}
+
+template <class WIRE>
 typename WIRE::RECORD *decode_new_record(READER_T &from) {
     if (from.left() < smallest_length<WIRE>())
         return nullptr; // before anything is allocated for it
-    auto *info = allocate<typename WIRE::RECORD>();
+    auto *info = new_record<WIRE>();
     if (info != nullptr && !decode<WIRE>(from, *info))
         delete_record<WIRE, true>(&info);
     return info;
@@ -366,32 +458,56 @@ typename WIRE::RECORD *decode_new_record(READER_T &from) {
 template <class WIRE, class NODE>
 NODE *decode_new_node(READER_T &from) {
     auto *info = decode_new_record<WIRE>(from);
-    if (info == nullptr)
-        return nullptr;
-    NODE *node = create_node<NODE>(info);
-    if (node == nullptr)
-        delete_record<WIRE, true>(&info);
-    return node;
+    if constexpr (IS_INTRUSIVE<WIRE, NODE>) {
+        return info;
+    } else {
+        if (info == nullptr)
+            return nullptr;
+        NODE *node = create_node<NODE>(info);
+        if (node == nullptr)
+            delete_record<WIRE, true>(&info);
+        return node;
+    }
 }
 
 // A negative count is an empty list, as a count of 0 is.
 template <class WIRE, class NODE>
-bool decode_list(READER_T &from, NODE **list) {
-    INT32_T count = 0;
-    if (!from.integer(&count) || count > from.left() / smallest_length<WIRE>())
+bool decode_records(READER_T &from, INT32_T count, NODE **list) {
+    if (count > from.left() / smallest_length<WIRE>())
         return false;
     TAIL_T<NODE> tail;
-    for (INT32_T i = 0; i < count; i++) {
+    bool is_complete = true;
+    for (INT32_T i = 0; i < count && is_complete; i++) {
         NODE *node = decode_new_node<WIRE, NODE>(from);
-        if (node == nullptr) {
-            NODE *partial = tail.head();
-            delete_list<WIRE, true>(&partial);
-            return false;
-        }
-        tail.append(node);
+        is_complete = node != nullptr;
+        if (is_complete)
+            tail.append(node);
     }
-    *list = tail.head();
+    NODE *decoded = tail.head();
+    if constexpr (requires(const typename WIRE::RECORD &record) { WIRE::key(record); })
+        is_complete = is_complete &&
+                      drop_repeats(
+                          &decoded, count, [](const NODE *node) { return WIRE::key(*record_of<WIRE>(node)); },
+                          delete_list_node<WIRE, true, NODE>);
+    if (!is_complete) {
+        delete_list<WIRE, true>(&decoded);
+        return false;
+    }
+    *list = decoded;
     return true;
+}
+template <class WIRE, class NODE>
+bool decode_list(READER_T &from, NODE **list) {
+    INT32_T count = 0;
+    return from.integer(&count) && decode_records<WIRE>(from, count, list);
+}
+template <class WIRE>
+bool decode_optional(READER_T &from, typename WIRE::RECORD **info) {
+    INT32_T mark = 0;
+    if (!from.integer(&mark))
+        return false;
+    *info = mark == 0 ? nullptr : decode_new_record<WIRE>(from);
+    return mark == 0 || *info != nullptr;
 }
 
 template <class RECORD, class VALUE>
@@ -415,14 +531,13 @@ bool decode_field(READER_T &from, RECORD &to, INNER_T<WIRE, RECORD> field) {
     return decode<WIRE>(from, to.*field.member);
 }
 template <class WIRE, class RECORD>
-bool decode_field(READER_T &from, RECORD &to, OPTIONAL_T<WIRE, RECORD> field) {
-    INT32_T flag = 0;
-    if (!from.integer(&flag))
-        return false;
-    if (flag == 0)
-        return true; // the record is fresh: its pointer is NULL
+bool decode_field(READER_T &from, RECORD &to, OWNED_RECORD_T<WIRE, RECORD> field) {
     to.*field.member = decode_new_record<WIRE>(from);
     return to.*field.member != nullptr;
+}
+template <class WIRE, class RECORD>
+bool decode_field(READER_T &from, RECORD &to, OPTIONAL_T<WIRE, RECORD> field) {
+    return decode_optional<WIRE>(from, &(to.*field.member));
 }
 template <class RECORD>
 bool decode_field(READER_T &from, RECORD &to, IDS_T<RECORD> field) {
@@ -453,19 +568,32 @@ bool decode(READER_T &from, typename WIRE::RECORD &record) {
 
 // ---- What the exported functions are made of
 
-// Allocates a body of the given length, has it filled and hands it out with the bytes written.
-template <class FILL>
-RTSTATUS encode_to_message(int64_t length, PVOID *msgdata, INT32_T *msglen, FILL fill) {
-    if (length < 1 || length > LONGEST_BODY)
+// Why a body wasn't encoded: for families that say so.
+enum class FAULT_T { LENGTH, MEMORY, CONTENT };
+struct SILENT_T {
+    void operator()(FAULT_T, int64_t) const {}
+};
+
+// Allocates a zeroed body of the given length, has it filled and hands it out whole. A failure is told to
+// `say` with the length.
+template <class FILL, class SAY = SILENT_T>
+RTSTATUS encode_to_message(int64_t length, PVOID *msgdata, INT32_T *msglen, FILL fill, SAY say = {}) {
+    if (length < 1 || length > LONGEST_BODY) {
+        say(FAULT_T::LENGTH, length);
         return -1;
+    }
     OWNED_BODY_T body(static_cast<INT8_T *>(calloc(1, static_cast<size_t>(length))));
-    if (body == nullptr)
+    if (body == nullptr) {
+        say(FAULT_T::MEMORY, length);
         return -1;
+    }
     WRITER_T to(body.get(), static_cast<INT32_T>(length));
-    if (!fill(to))
+    if (!fill(to)) {
+        say(FAULT_T::CONTENT, length);
         return -1;
+    }
     *msgdata = body.release();
-    *msglen = to.written();
+    *msglen = static_cast<INT32_T>(length);
     return 0;
 }
 

@@ -1,6 +1,7 @@
 /** @file codec_basic_movinfo.h
- *  One page of movies, the reply body of request 1006: five paging integers, then a counted list of short
- *  movie descriptions. */
+ *  One page of movies, the reply body of requests 1006 and 5006: five paging integers, then a counted list
+ *  of short movie descriptions; and two bodies for programs that settle among themselves when to send
+ *  them: pairs of movie and video ids, and videos by movie code. */
 #ifndef TAVISYS_CODEC_BASIC_MOVINFO_H
 #define TAVISYS_CODEC_BASIC_MOVINFO_H
 
@@ -59,6 +60,28 @@ typedef struct {
     TP_PAGE_INFORMATION pageinfo;
     TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *list; /**< owned by the record */
 } TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T;
+
+/** One pair of ids, and the node of its list. */
+typedef struct {
+    int mid;    /**< movie id */
+    int vid;    /**< video id */
+    PVOID next; /**< next pair or NULL */
+} TP_TAVISYS_MOVIE_ID_INFORMATION_T;
+
+/** One video, and the node of its list, which owns the strings; both may be NULL. */
+typedef struct {
+    int index;       /**< index */
+    INT8_T *hdsn;    /**< serial number of the hard disk */
+    INT8_T *movname; /**< title */
+    PVOID next;      /**< next video or NULL */
+} TP_VIDEO_LIST;
+
+/** The videos of one movie, and the node of a list of movies, which owns code and videos. */
+typedef struct {
+    INT8_T *movcode;     /**< movie code; may be NULL */
+    TP_VIDEO_LIST *list; /**< its videos */
+    PVOID next;          /**< next movie or NULL */
+} TP_HARD_DISK_VIDEO_INFORMATION_T;
 
 /** @return a record with a zeroed array of that many ids, or NULL: number below 1, memory short. */
 TAVISYS_API BASIC_MOVIE_IDS_T *create_tavisys_basic_movie_ids_information(INT32_T number);
@@ -130,6 +153,110 @@ TAVISYS_API INT32_T decode_tavisys_basic_movie_ext_information_from_message(
  *          memory short. */
 TAVISYS_API INT32_T decode_tavisys_basic_movie_information_list_from_message(
     const void *msgdata, INT32_T msglen, TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list);
+
+/* The touch-screen form of a page, the reply body of request 5006: each movie is followed by `totalvideo`
+ * and `duration`. Neither form carries a mark: a body must be decoded in the form that it was encoded in. */
+
+/** As encode_tavisys_basic_movie_ext_information_to_message(), in the touch-screen form. */
+TAVISYS_API RTSTATUS encode_touchscreen_basic_movie_ext_information_to_message(
+    const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *info, PVOID *msgdata, INT32_T *msglen);
+
+/** As decode_tavisys_basic_movie_ext_information_from_message(), of the touch-screen form. */
+TAVISYS_API INT32_T decode_touchscreen_basic_movie_ext_information_from_message(
+    const void *msgdata, INT32_T msglen, TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **info);
+
+/** As decode_tavisys_basic_movie_information_list_from_message(), of the touch-screen form. Movies of the
+ *  same code are kept. */
+TAVISYS_API INT32_T decode_touchscreen_basic_movie_information_list_from_message(
+    const void *msgdata, INT32_T msglen, TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list);
+
+/* Pairs of movie and video ids: a count, then the two ids of each. */
+
+/** @return a zeroed pair, or NULL with a line on standard output: memory short. */
+TAVISYS_API TP_TAVISYS_MOVIE_ID_INFORMATION_T *create_tavisys_movie_id_information(void);
+
+/** Append a pair, which the list takes over. It walks the list: n appends cost n squared. NULL arguments
+ *  are ignored. */
+TAVISYS_API void add_node_to_tavisys_movie_id_information_list(TP_TAVISYS_MOVIE_ID_INFORMATION_T **list,
+                                                               TP_TAVISYS_MOVIE_ID_INFORMATION_T *node);
+
+/** Free every pair of a list. The caller's head pointer is left as it was: clear it afterwards. */
+TAVISYS_API void delete_tavisys_movie_id_information(TP_TAVISYS_MOVIE_ID_INFORMATION_T **list);
+
+/** Encode a list into a fresh body, which the caller frees with safe_free(). *msglen is 4 more than the
+ *  list takes: the body ends with an integer 0, which decoders leave unread.
+ *  @return 0, or -1 with a WARN line and the out-arguments untouched: NULL argument, memory short. */
+TAVISYS_API RTSTATUS encode_tavisys_movie_id_information_to_message(
+    const TP_TAVISYS_MOVIE_ID_INFORMATION_T *list, PVOID *msgdata, INT32_T *msglen);
+
+/** Decode a body (despite the name) into a fresh list (NULL for a count of 0), which the caller deletes.
+ *  The count is logged at INFO.
+ *  @return bytes consumed, or -1 with *info untouched: NULL argument, body cut short, memory short. */
+TAVISYS_API INT32_T decode_tavisys_movie_id_information_to_message(const void *msgdata, INT32_T msglen,
+                                                                   TP_TAVISYS_MOVIE_ID_INFORMATION_T **info);
+
+/** Encode a uuid, an integer and a list of pairs into a fresh body (despite the name), which the caller
+ *  frees with safe_free(). *msglen is exact here.
+ *  @return 0, or -1 with a WARN line and the out-arguments untouched: NULL argument, memory short. */
+TAVISYS_API RTSTATUS encode_movid_info_to_buffer(const INT8_T *uuid, INT32_T rid,
+                                                 const TP_TAVISYS_MOVIE_ID_INFORMATION_T *list,
+                                                 PVOID *msgdata, INT32_T *msglen);
+
+/** Decode a body (despite the name) with a uuid, an integer and a list of pairs (NULL for a count of 0).
+ *  The caller frees the uuid with safe_free(), also when the call failed behind it, so clear *uuid
+ *  before the call. The count is logged at INFO.
+ *  @return bytes consumed, or -1 with *info untouched: NULL argument, body cut short or malformed,
+ *          memory short. */
+TAVISYS_API INT32_T decode_movid_info_to_buffer(const void *msgdata, INT32_T msglen, INT8_T **uuid,
+                                                INT32_T *rid, TP_TAVISYS_MOVIE_ID_INFORMATION_T **info);
+
+/* Videos by movie code: a count of movies; of each its code, a count of videos and the videos. */
+
+/** @return a video with copies of the strings, each of which may be NULL; or NULL with a WARN line:
+ *          memory short. */
+TAVISYS_API TP_VIDEO_LIST *create_video_node(const INT8_T *hdsn, INT32_T index, const INT8_T *movname);
+
+/** Append a video, which the list takes over. It walks the list: n appends cost n squared. NULL arguments
+ *  are ignored. */
+TAVISYS_API void add_node_to_video_list(TP_VIDEO_LIST **list, TP_VIDEO_LIST *node);
+
+/** Free every video of a list. The caller's head pointer is left as it was: clear it afterwards. */
+TAVISYS_API void delete_video_list(TP_VIDEO_LIST **list);
+
+/** @return a movie with a copy of its code, which may be NULL, that has taken over the videos; or NULL
+ *          with a line on standard output and the videos still the caller's: memory short. */
+TAVISYS_API TP_HARD_DISK_VIDEO_INFORMATION_T *create_hard_disk_videonode(const INT8_T *movcode,
+                                                                         TP_VIDEO_LIST *video_list);
+
+/** Append a movie, which the list takes over. It walks the list: n appends cost n squared. NULL arguments
+ *  are ignored. */
+TAVISYS_API void add_node_to_mhard_disk_videolist(TP_HARD_DISK_VIDEO_INFORMATION_T **list,
+                                                  TP_HARD_DISK_VIDEO_INFORMATION_T *node);
+
+/** Free every movie of a list with its videos. The caller's head pointer is left as it was: clear it
+ *  afterwards. */
+TAVISYS_API void delete_hard_disk_videolist(TP_HARD_DISK_VIDEO_INFORMATION_T **list);
+
+/** Encode a list of videos into a buffer of the caller's (despite the name). Length and count are logged
+ *  at INFO.
+ *  @param message [out] destination. @param length [in] bytes in the destination.
+ *  @return bytes written, or -1 with a WARN line: NULL argument, length 0, too little room. The buffer
+ *          stays the caller's either way. */
+TAVISYS_API INT32_T encode_video_list_to_message(const TP_VIDEO_LIST *list, PVOID message, INT32_T length);
+
+/** Encode a list of movies into a fresh body, which the caller frees with safe_free(). Numbers and lengths
+ *  are logged at INFO.
+ *  @return 0, or -1 with WARN lines and the out-arguments untouched: NULL argument, a movie without
+ *          videos, memory short. */
+TAVISYS_API RTSTATUS encode_hdvideo_list_to_message(const TP_HARD_DISK_VIDEO_INFORMATION_T *list,
+                                                    PVOID *msgdata, INT32_T *msglen);
+
+/** Decode a body into a fresh list of movies (NULL for a count of 0), which the caller deletes. The number
+ *  of videos of each movie is logged at INFO.
+ *  @return 0, not the bytes consumed; or -1 with *info untouched: NULL argument, body cut short or
+ *          malformed, memory short. */
+TAVISYS_API RTSTATUS decode_hdvideo_list_information_from_message(const void *msgdata, INT32_T msglen,
+                                                                  TP_HARD_DISK_VIDEO_INFORMATION_T **info);
 
 #ifdef __cplusplus
 }

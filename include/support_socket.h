@@ -45,6 +45,18 @@ TAVISYS_API INT32_T send_data_to_tcp_socket(INT32_T sock, const void *data, INT3
  *          argument, nothing came in time, connection lost before any byte. */
 TAVISYS_API INT32_T receive_data_from_tcp_socket(INT32_T sock, PVOID buffer, INT32_T length, INT32_T timeout);
 
+/** Receive a text of a known length into fresh memory, which grows with what arrives, never with what a
+ *  peer claims.
+ *  @param text    [out] receives `length` + 1 bytes, which the caller frees with safe_free(): what came,
+ *                       then zeros. Untouched on failure.
+ *  @param length  [in]  bytes wanted, at least 1.
+ *  @param timeout [in]  as receive_data_from_tcp_socket() takes it.
+ *  @return bytes received, also fewer than wanted when the stream ends or the time is up: of a text of up
+ *          to 1 MiB any number, of a longer one about half at least. Else negative: -2 bad argument, -3
+ *          memory short, -5 nothing came in time, connection lost, or too little of a long text. */
+TAVISYS_API INT32_T receive_text_from_tcp_socket(INT32_T sock, INT8_T **text, INT32_T length,
+                                                 INT32_T timeout);
+
 #ifdef __cplusplus
 }
 #endif

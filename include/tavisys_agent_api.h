@@ -1,5 +1,6 @@
 /** @file tavisys_agent_api.h
- *  The client side: one call for each question that a client asks the server of its own machine.
+ *  The client side: one call for each question that a client asks the server of its own machine, and for
+ *  those that a server asks another one.
  *
  *  Every call opens a connection of its own, waits at most 5 seconds to connect, 5 seconds for the reply
  *  to begin and to go on, and closes the connection. Calls keep no state: any number of threads may make
@@ -14,8 +15,10 @@
 
 #include "codec_basic_movinfo.h"
 #include "codec_category_info.h"
+#include "codec_dbdata_movinfo.h"
 #include "codec_detail_movinfo.h"
 #include "codec_filter_info.h"
+#include "codec_harddisk_information.h"
 #include "codec_sysinfo.h"
 #include "codec_sysrun_status_info.h"
 #include "codec_version_info.h"
@@ -72,6 +75,14 @@ TAVISYS_API RTSTATUS
 tavisysapi_get_movie_basic_ext_information(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T *request,
                                            TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **info);
 
+/** Ask for one page of movies in the form of the touch screens.
+ *  @param request [in]  what to filter and sort by, and which page.
+ *  @param info    [out] receives the page; free it with delete_tavisys_basic_movie_ext_information().
+ *  @return 0, or: -1 for a NULL argument or a malformed reply; a channel failure. */
+TAVISYS_API RTSTATUS
+touchscreen_get_movie_basic_ext_information(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T *request,
+                                            TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **info);
+
 /** Ask for everything about one movie.
  *  @param request [in]  which movie.
  *  @param info    [out] receives the record; free it with release_tavisys_detail_movie_information().
@@ -85,6 +96,48 @@ tavisysapi_get_movie_detail_information(const TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_
 TAVISYS_API RTSTATUS touch_screenapi_get_movie_detail_information(
     const TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T *request,
     TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T **info);
+
+/** Ask for the path of a poster that the server picks at random. Surprise: the buffer holds one byte more
+ *  than `length` says, and all of them are written, those behind the path with zeros.
+ *  @param poster [out] receives the path; untouched on failure.
+ *  @param length [in]  bytes in the buffer less one; a path needs its own and one more.
+ *  @return 0, or: -1 for a NULL buffer; -2 for a reply without a path; -3 for a path that doesn't fit; a
+ *          channel failure, which may be -2 to -8 as well. */
+TAVISYS_API RTSTATUS tavisysapi_random_get_movie_poster(INT8_T *poster, INT32_T length);
+
+/** Ask a server for its hard disks with their partitions. Success is any value above 0: the length of the
+ *  reply.
+ *  @param ipaddr [in]  dotted IPv4 address of the server.
+ *  @param list   [out] receives the list, NULL when there are none; free it with
+ *                      release_tavisys_harddisk_information_list().
+ *  @return bytes decoded, or: -1 for a NULL argument or a malformed reply; a channel failure. A positive
+ *          result of the server is told from success by *list alone. */
+TAVISYS_API RTSTATUS tavisysapi_get_vod_harddisk_information(const INT8_T *ipaddr,
+                                                             TP_TAVISYS_HARDDISK_INFORMATION_LIST_T **list);
+
+/** Ask a server for the number of movies on one of its partitions. The names are judged after the
+ *  connection is made.
+ *  @param ipaddr    [in]  dotted IPv4 address of the server.
+ *  @param hddevname [in]  device name of the hard disk, at most 15 bytes.
+ *  @param ptdevname [in]  device name of the partition, at most 15 bytes.
+ *  @param movies    [out] receives the number.
+ *  @return 0, or: -1 for a NULL argument, a name that is too long or a reply of fewer than 4 bytes; a
+ *          channel failure. */
+TAVISYS_API RTSTATUS tavisysapi_get_movies_from_server(const INT8_T *ipaddr, const INT8_T *hddevname,
+                                                       const INT8_T *ptdevname, INT32_T *movies);
+
+/** Ask a server for the whole records of all movies on one of its partitions. Waits 10 seconds instead of
+ *  5 for the reply to begin and to go on. Success is any value above 0: the length of the reply.
+ *  @param ipaddr    [in]  dotted IPv4 address of the server.
+ *  @param hddevname [in]  device name of the hard disk, at most 15 bytes.
+ *  @param ptdevname [in]  device name of the partition, at most 15 bytes.
+ *  @param list      [out] receives the list, NULL when there are none; free it with
+ *                         delete_tp_tavisys_dbdata_movie_information_list().
+ *  @return bytes decoded, or: -1 for a NULL argument, a name that is too long or a malformed reply; a
+ *          channel failure. A positive result of the server is told from success by *list alone. */
+TAVISYS_API RTSTATUS tavisysapi_get_movie_metadata_from_server(
+    const INT8_T *ipaddr, const INT8_T *hddevname, const INT8_T *ptdevname,
+    TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T **list);
 
 #ifdef __cplusplus
 }

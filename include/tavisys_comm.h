@@ -1,7 +1,8 @@
 /** @file tavisys_comm.h
- *  The message channel: one request and one reply per TCP connection, on port 40001.
+ *  The message channel: one request and one reply per TCP connection, on port 40001; and the text-headed
+ *  channel, which carries the same messages to peers that read a head of text.
  *
- *  The channel keeps no state: any number of threads may use it at once, each on a socket of its own.
+ *  The channels keep no state: any number of threads may use them at once, each on a socket of its own.
  *  Failures are logged through zlog's default category (dzlog) at WARN, the progress of a server's
  *  exchange at INFO. */
 #ifndef TAVISYS_TAVISYS_COMM_H
@@ -73,6 +74,46 @@ TAVISYS_API RTSTATUS exchange_data_in_tavisys_msg_channel(INT32_T sock, INT32_T 
  *  @return bytes sent, or negative: -1 for a negative socket or a NULL handler, else the code of the
  *          receive or the send. */
 TAVISYS_API INT32_T deal_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MESSAGE_CB handler);
+
+/** Bytes in the head of the text-headed channel, "%04d|%04d|%08d|" of type, result and length. Types and
+ *  results of more than 4 characters and lengths of more than 8 don't fit and can't travel on it. */
+#define TAVISYS_NET_CHANNEL_HEAD_LENGTH 19
+
+/** Read the head of the text-headed channel. What follows its third field is not looked at.
+ *  @param msghead [in]  the head's text, NUL-terminated.
+ *  @param head    [out] receives the numbers; untouched on failure.
+ *  @return 0, or how many fields could be split, which is logged at WARN: 1 or 2; 3 when one of them is no
+ *          number; -1 when there was none. A field that is empty or longer than its room (4, 4 and 8
+ *          characters) can't be split. -1 also for a NULL argument, without a log line. */
+TAVISYS_API RTSTATUS parse_header_file(const INT8_T *msghead, TP_MESSAGE_HEAD *head);
+
+/** Send one message with a head of text.
+ *  @param head    [in] the head; its first 19 characters are sent, whatever the numbers are.
+ *  @param headlen [in] ignored.
+ *  @param body    [in] the head's `length` bytes; NULL sends the head alone.
+ *  @return bytes sent (19 and the body's), or -1: NULL head, negative length, connection lost, peer too
+ *          slow. */
+TAVISYS_API INT32_T send_data_to_net_communication_channel(INT32_T sock, const TP_MESSAGE_HEAD *head,
+                                                           INT32_T headlen, const INT8_T *body);
+
+/** One round trip on the text-headed channel: send a request, receive its reply, whose head has to come
+ *  within 1 second. The socket stays open. Failures are logged at WARN, what was received at INFO.
+ *  @param type    [in]  message type.
+ *  @param sndmsg  [in]  request body, or NULL.
+ *  @param sndlen  [in]  bytes in the request body.
+ *  @param rcvmsg  [out] receives the reply body (NULL when there is none) with a NUL behind it, which the
+ *                       caller frees with safe_free(); untouched on failure. When NULL, the reply body is
+ *                       dropped. Surprise: a body that ends early is no failure, zeros stand for what is
+ *                       missing; but of a body of more than 1 MiB about half has to come.
+ *  @param rcvlen  [out] receives the length that the reply's head states; untouched on failure. May be
+ *                       NULL.
+ *  @param timeout [in]  seconds for the body, as receive_data_from_tcp_socket() takes them.
+ *  @return 0, or: -8 a reply of another type; the reply's result when that is not 0, be it negative or
+ *          positive; -1 for every other failure. */
+TAVISYS_API RTSTATUS exchange_data_in_net_communication_channel(INT32_T sock, INT32_T type,
+                                                                const INT8_T *sndmsg, INT32_T sndlen,
+                                                                PVOID *rcvmsg, INT32_T *rcvlen,
+                                                                INT32_T timeout);
 
 #ifdef __cplusplus
 }

@@ -56,7 +56,8 @@ inline INT32_T encode_string(const INT8_T *string, INT8_T *to, INT32_T left) {
     if (left < INTEGER_LENGTH || count > static_cast<size_t>(left - INTEGER_LENGTH))
         return -1;
     store_integer(to, static_cast<INT32_T>(count));
-    memcpy(to + INTEGER_LENGTH, string, count); // NOLINT(bugprone-not-null-terminated-result): as it should
+    // NOLINTNEXTLINE(bugprone-not-null-terminated-result): strings travel without their terminator
+    memcpy(to + INTEGER_LENGTH, string, count);
     return INTEGER_LENGTH + static_cast<INT32_T>(count);
 }
 

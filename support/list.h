@@ -124,15 +124,21 @@ inline void print_allocation_failure(size_t size) {
     printf("分配%zu字节的内存出错,错误原因: %s\n", size, strerror(errno));
 }
 
+// A zeroed node, or NULL with a line.
+template <class NODE>
+NODE *allocate_node() {
+    auto *node = static_cast<NODE *>(calloc(1, sizeof(NODE)));
+    if (node == nullptr)
+        print_allocation_failure(sizeof(NODE));
+    return node;
+}
+
 // A zeroed node that holds the record, which stays the caller's when memory is short.
 template <class NODE, class RECORD>
 NODE *create_node(RECORD *info) {
-    auto *node = static_cast<NODE *>(calloc(1, sizeof(NODE)));
-    if (node == nullptr) {
-        print_allocation_failure(sizeof(NODE));
-        return nullptr;
-    }
-    node->info = info;
+    auto *node = allocate_node<NODE>();
+    if (node != nullptr)
+        node->info = info;
     return node;
 }
 

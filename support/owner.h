@@ -37,6 +37,11 @@ inline bool store_copy(INT8_T *&field, const INT8_T *string) {
     return field != nullptr;
 }
 
+// As store_copy(), for strings that may be missing: of NULL the copy is NULL.
+inline bool store_copy_or_null(INT8_T *&field, const INT8_T *string) {
+    return store_copy(field, string) || string == nullptr;
+}
+
 } // namespace tavisys
 
 #endif

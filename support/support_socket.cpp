@@ -1,7 +1,10 @@
 #include "support_socket.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -9,8 +12,10 @@
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <unistd.h>
+#include <utility>
 
 #include "support/transfer.h"
+#include "tp_trlv.h"
 
 using namespace tavisys;
 
@@ -19,6 +24,8 @@ namespace {
 constexpr INT32_T HIGHEST_PORT = 65535;
 constexpr INT32_T CONNECT_TIMEOUT = 5; // seconds
 constexpr INT32_T SEND_TIMEOUT = 5;    // seconds without progress
+
+constexpr size_t FIRST_ROOM = 1024 * 1024; // what a claimed length is believed before bytes arrive
 
 // A socket that is closed on every return that does not release it.
 class SOCKET_T {
@@ -141,6 +148,31 @@ int64_t tavisys::receive_bytes(int sock, void *buffer, size_t length, DEADLINE_T
     return received > 0 ? static_cast<int64_t>(received) : -1;
 }
 
+int64_t tavisys::receive_growing(int sock, size_t length, size_t spare, INT32_T timeout, OWNED_BODY_T *body) {
+    DEADLINE_T deadline(timeout);
+    OWNED_BODY_T memory;
+    size_t received = 0;
+    size_t room = 0;
+    while (received == room && room < length) {
+        room = std::min(length, std::max(FIRST_ROOM, room * 2));
+        const size_t size = room + (room == length ? spare : 0);
+        auto *grown = static_cast<INT8_T *>(realloc(memory.get(), size));
+        if (grown == nullptr)
+            return MEMORY_SHORT;
+        static_cast<void>(memory.release()); // realloc has freed or kept it
+        memory.reset(grown);
+        const int64_t count = receive_bytes(sock, grown + received, room - received, deadline);
+        if (count < 0 && received == 0)
+            return RECEIVED_NOTHING;
+        received += static_cast<size_t>(std::max<int64_t>(count, 0));
+    }
+    if (room < length)
+        return RECEIVED_NOTHING;
+    memset(memory.get() + received, 0, length + spare - received);
+    *body = std::move(memory);
+    return static_cast<int64_t>(received);
+}
+
 int64_t tavisys::send_pieces(int sock, iovec *pieces, size_t count) {
     size_t length = 0;
     for (size_t i = 0; i < count; i++)
@@ -241,4 +273,17 @@ INT32_T receive_data_from_tcp_socket(INT32_T sock, PVOID buffer, INT32_T length,
         return -1;
     DEADLINE_T deadline(timeout);
     return static_cast<INT32_T>(receive_bytes(sock, buffer, static_cast<size_t>(length), deadline));
+}
+
+INT32_T receive_text_from_tcp_socket(INT32_T sock, INT8_T **text, INT32_T length, INT32_T timeout) {
+    if (text == nullptr || length < 1)
+        return -TRLV_TP_ERRCODE_INVALID_ARGS;
+    OWNED_BODY_T received;
+    const int64_t count = receive_growing(sock, static_cast<size_t>(length), 1, timeout, &received);
+    if (count == MEMORY_SHORT)
+        return -TRLV_TP_ERRCODE_MALLOC_FAIL;
+    if (count == RECEIVED_NOTHING)
+        return -TRLV_TP_ERRCODE_RECEIVE_MSGBODY_FAIL;
+    *text = received.release();
+    return static_cast<INT32_T>(count);
 }

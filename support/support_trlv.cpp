@@ -1,8 +1,6 @@
 #include "support_trlv.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
+#include <cstddef>
 #include <sys/uio.h>
 
 #include "support/codec_primitive.h"
@@ -16,8 +14,6 @@ namespace {
 constexpr size_t HEAD_LENGTH = sizeof(TRLV_MESSAGE_HEAD);
 static_assert(HEAD_LENGTH == 12 && offsetof(TRLV_MESSAGE_HEAD, type) == 0 &&
               offsetof(TRLV_MESSAGE_HEAD, result) == 4 && offsetof(TRLV_MESSAGE_HEAD, length) == 8);
-
-constexpr size_t FIRST_ROOM = 1024 * 1024; // what a claimed length is believed before bytes arrive
 
 bool is_head_length(INT32_T length) {
     return length == static_cast<INT32_T>(HEAD_LENGTH);
@@ -33,26 +29,6 @@ void load_head(const INT8_T *from, TRLV_MESSAGE_HEAD *head) {
     head->type = load_integer(from);
     head->result = load_integer(from + offsetof(TRLV_MESSAGE_HEAD, result));
     head->length = load_integer(from + offsetof(TRLV_MESSAGE_HEAD, length));
-}
-
-// Receives a body into memory that doubles as it fills. Returns 0 or a negated transport code.
-INT32_T receive_body(int sock, size_t length, INT32_T timeout, OWNED_BODY_T *body) {
-    DEADLINE_T deadline(timeout);
-    size_t received = 0;
-    size_t room = 0;
-    while (received < length) {
-        room = std::min(length, std::max(FIRST_ROOM, room * 2));
-        auto *grown = static_cast<INT8_T *>(realloc(body->get(), room));
-        if (grown == nullptr)
-            return -TRLV_TP_ERRCODE_MALLOC_FAIL;
-        static_cast<void>(body->release()); // realloc has freed or kept it
-        body->reset(grown);
-        const int64_t count = receive_bytes(sock, grown + received, room - received, deadline);
-        if (count != static_cast<int64_t>(room - received))
-            return -TRLV_TP_ERRCODE_RECEIVE_MSGBODY_FAIL;
-        received = room;
-    }
-    return 0;
 }
 
 } // namespace
@@ -88,11 +64,15 @@ INT32_T receive_trlv_data_from_tcp_communication_channel(INT32_T sock, TRLV_MESS
     if (head->length < 0 || head->length > LONGEST_BODY - static_cast<INT32_T>(HEAD_LENGTH))
         return -TRLV_TP_ERRCODE_RECEIVE_INVALID_MESSAGE;
 
-    OWNED_BODY_T received;
-    const INT32_T result = receive_body(sock, static_cast<size_t>(head->length), timeout, &received);
-    if (result < 0)
-        return result;
-    if (head->length > 0)
+    if (head->length > 0) {
+        OWNED_BODY_T received;
+        const auto length = static_cast<size_t>(head->length);
+        const int64_t count = receive_growing(sock, length, 0, timeout, &received);
+        if (count == MEMORY_SHORT)
+            return -TRLV_TP_ERRCODE_MALLOC_FAIL;
+        if (count != head->length)
+            return -TRLV_TP_ERRCODE_RECEIVE_MSGBODY_FAIL;
         *body = received.release();
+    }
     return static_cast<INT32_T>(HEAD_LENGTH) + head->length;
 }
