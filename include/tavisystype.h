@@ -56,16 +56,16 @@ enum {
     TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO = 1007,       /**< everything about one movie */
     TAVISYS_MSGTYPE_REQUEST_RANDOM_BASIC_MOVIE_INFO = 1008, /**< path of a random poster */
     TAVISYS_MSGTYPE_REQUEST_SEARCH_MOVIE_INFO = 1010,
-    TAVISYS_MSGTYPE_REQUEST_HARDDISK_INFO = 3000, /**< disks and their partitions */
-    TAVISYS_MSGTYPE_REQUEST_PARTITION_INFO = 3001,
+    TAVISYS_MSGTYPE_REQUEST_HARDDISK_INFO = 3000,        /**< disks and their partitions */
+    TAVISYS_MSGTYPE_REQUEST_PARTITION_INFO = 3001,       /**< partitions of one disk */
     TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES = 3002,     /**< number of movies on a partition */
     TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIE_INFO = 3003, /**< whole records of a partition */
     TAVISYS_MSGTYPE_REQUEST_GET_UUID_INFO = 3004,        /**< the server's uuid */
-    AVISYS_MSGTYPE_REQUEST_MOVIE_INFO_BY_MOVCODE = 3005,
+    AVISYS_MSGTYPE_REQUEST_MOVIE_INFO_BY_MOVCODE = 3005, /**< whole records of the movies of some codes */
     TAVISYS_MSGTYPE_REQUEST_MOVIE_INFO_BY_MID_AND_VID = 3006,
     TAVISYS_MSGTYPE_REQUEST_SEARCH_MOVCODE_DETAIL_MOVIE_INFO = 3007,
-    TOUCHSCREEM_MSGTYPE_REQUEST_BASIC_MOVIE_INFO = 5006, /**< one page for a touch screen */
-    TOUCHSCREEM_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO = 5007,
+    TOUCHSCREEM_MSGTYPE_REQUEST_BASIC_MOVIE_INFO = 5006,  /**< one page for a touch screen */
+    TOUCHSCREEM_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO = 5007, /**< as 1007, for a touch screen */
     TOUCHSCREEM_TAVISYS_REQUEST_SEARCH_MOVIE_INFO = 5008,
     TOUCHSCREEM_TAVISYS_REQUEST_SEARCH_MOVIE_LIST = 5009,
     SERVER_BASIC_INFO = 10010
@@ -90,10 +90,11 @@ typedef enum TAVISYS_32_BITS {
 /** What tavisys-server answers when it can't answer: the result in the head of its reply. They stay
  *  clear of the transport codes of tp_trlv.h, so that a caller can tell who said no. */
 typedef enum TAVISYS_32_BITS {
-    TAVISYS_RESULT_UNKNOWN_TYPE = -101,  /**< a message type that the server doesn't answer */
-    TAVISYS_RESULT_BAD_REQUEST = -102,   /**< a body of the wrong length, or a value out of range */
-    TAVISYS_RESULT_NO_SUCH_MOVIE = -103, /**< no movie of that id in that category */
-    TAVISYS_RESULT_SERVER_ERROR = -104   /**< the server is short of memory or can't encode its reply */
+    TAVISYS_RESULT_UNKNOWN_TYPE = -101,    /**< a message type that the server doesn't answer */
+    TAVISYS_RESULT_BAD_REQUEST = -102,     /**< a body of the wrong length, or a value out of range */
+    TAVISYS_RESULT_NO_SUCH_MOVIE = -103,   /**< no movie of that id in that category */
+    TAVISYS_RESULT_SERVER_ERROR = -104,    /**< the server is short of memory or can't encode its reply */
+    TAVISYS_RESULT_NO_SUCH_POSITION = -105 /**< no hard disk or partition of that name */
 } TAVISYS_RESULT_E;
 
 /* The request records. They travel byte for byte as they lie in memory: little-endian, without
@@ -118,13 +119,13 @@ typedef struct {
     INT32_T orderby;  /**< sort order, a TP_ORDER_BY_E */
 } TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T;
 
-/** Body of request 1007, 8 bytes. */
+/** Body of requests 1007 and 5007, 8 bytes. */
 typedef struct {
     INT32_T cid; /**< category of the movie; 0 means any */
     INT32_T mid; /**< movie id, as a page carries it in `movid` */
 } TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T;
 
-/** Body of requests 3002 and 3003, 160 bytes. */
+/** Body of requests 3001, which reads the disk's name alone, 3002 and 3003, 160 bytes. */
 typedef struct {
     INT8_T deviceid[128]; /**< identifier of the asking device; servers don't rely on it */
     INT8_T hddevname[16]; /**< device name of the hard disk, NUL-terminated */

@@ -10,8 +10,8 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-scripts/packages.sh g++ clang clang-format clang-tidy cmake ninja-build libxml2-dev libcli11-dev \
-    nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils
+scripts/packages.sh g++ clang clang-format clang-tidy cmake ninja-build pkgconf libxml2-dev libmount-dev \
+    libudev-dev libcli11-dev nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils
 
 step() { printf '\n== %s\n' "$*"; }
 

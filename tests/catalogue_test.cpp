@@ -96,7 +96,8 @@ TEST(Catalogue, PagesHoldWhatAPlainSearchFinds) {
     std::vector<MOVIE_PTR> movies;
     for (int i = 0; i < 400; i++)
         movies.push_back(random_movie(&random, i));
-    const CATALOGUE_T catalogue(movies, 1);
+    const DISK_T disk{"sda", "S1", {{"sda1", "U1", "/m", {400, 400, 0}}}};
+    const CATALOGUE_T catalogue(movies, {&disk, 1});
 
     size_t filled = 0;
     for (int i = 0; i < 3000; i++) {

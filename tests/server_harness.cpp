@@ -199,4 +199,19 @@ TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T ask_for_status() {
     return status;
 }
 
+std::string request_of_codes(const char *disk, const char *partition, const std::vector<std::string> &codes) {
+    TP_MOVCODE_INFORMATION_LIST_T *list = nullptr;
+    for (const std::string &code : codes)
+        add_node_to_tp_movcode_information_list(&list,
+                                                create_tp_movcode_information_list_node_ex(code.c_str()));
+    auto *request = create_tp_tavisys_movcode_information("tests", disk, partition, list);
+    PVOID body = nullptr;
+    INT32_T length = 0;
+    EXPECT_EQ(0, encode_movinfo_request_information_to_message(request, &body, &length));
+    std::string bytes(static_cast<char *>(body), static_cast<size_t>(length));
+    safe_free(body);
+    delete_tp_tavisys_movieinfo_request_information(&request);
+    return bytes;
+}
+
 } // namespace harness

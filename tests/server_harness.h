@@ -96,6 +96,9 @@ std::string bytes_of(const RECORD &record) {
     return {reinterpret_cast<const char *>(&record), sizeof record};
 }
 
+// The body of a request for the movies of these codes; NULL names mean any.
+std::string request_of_codes(const char *disk, const char *partition, const std::vector<std::string> &codes);
+
 // A page, freed with its object.
 struct DELETE_PAGE_T {
     void operator()(TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *page) const {
@@ -103,6 +106,20 @@ struct DELETE_PAGE_T {
     }
 };
 using PAGE_PTR = std::unique_ptr<TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T, DELETE_PAGE_T>;
+struct DELETE_TRANSFER_T {
+    void operator()(TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *list) const {
+        delete_tp_tavisys_dbdata_movie_information_list(&list);
+    }
+};
+using TRANSFER_PTR = std::unique_ptr<TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T, DELETE_TRANSFER_T>;
+
+struct RELEASE_DISKS_T {
+    void operator()(TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *list) const {
+        release_tavisys_harddisk_information_list(&list);
+    }
+};
+using DISKS_PTR = std::unique_ptr<TP_TAVISYS_HARDDISK_INFORMATION_LIST_T, RELEASE_DISKS_T>;
+
 PAGE_PTR ask_for_page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request);
 
 // Calls visit(info) for each record of a list.

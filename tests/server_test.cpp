@@ -153,6 +153,13 @@ TEST(Server, RefusesWhatItCannotAnswerAndGoesOn) {
             TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T{static_cast<TP_FILTER_TYPE_E>(type), 0});
     };
     const auto page = [](PAGE_REQUEST_T request) { return bytes_of(request); };
+    const auto place = [](const char *disk, const char *partition) {
+        TP_TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES_ARGS_T request{};
+        memcpy(request.hddevname, disk, strlen(disk));
+        memcpy(request.ptdevname, partition, strlen(partition));
+        return bytes_of(request);
+    };
+    const std::string codes = request_of_codes("sda", "", {"TV1993-0015"});
     struct REFUSAL_T {
         const char *what;
         INT32_T type;
@@ -179,6 +186,14 @@ TEST(Server, RefusesWhatItCannotAnswerAndGoesOn) {
         {"a negative order", 1006, page(page_request(0, 1, 10, -1)), TAVISYS_RESULT_BAD_REQUEST},
         {"a movie that isn't there", 1007,
          bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T{0, -7}), TAVISYS_RESULT_NO_SUCH_MOVIE},
+        {"a disk that isn't there", 3001, place("sdz", ""), TAVISYS_RESULT_NO_SUCH_POSITION},
+        {"a partition that isn't there", 3002, place("sda", "sdb1"), TAVISYS_RESULT_NO_SUCH_POSITION},
+        {"a name without an end", 3003, place("sda", "sda1sda1sda1sda1"), TAVISYS_RESULT_NO_SUCH_POSITION},
+        {"a place cut short", 3003, place("sda", "sda1").substr(1), TAVISYS_RESULT_BAD_REQUEST},
+        {"no codes", 3005, "", TAVISYS_RESULT_BAD_REQUEST},
+        {"a request for nothing", 3005, std::string(4, '\0'), TAVISYS_RESULT_BAD_REQUEST},
+        {"more than codes", 3005, codes + "x", TAVISYS_RESULT_BAD_REQUEST},
+        {"less than codes", 3005, codes.substr(0, codes.size() - 1), TAVISYS_RESULT_BAD_REQUEST},
     };
     size_t refused = 0;
     for (const REFUSAL_T &refusal : refusals) {

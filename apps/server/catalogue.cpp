@@ -188,20 +188,31 @@ UINT32_T score_of(const DBDATA_MOVIE_INFORMATION_T &movie) {
     return static_cast<UINT32_T>(std::lround(value * 10));
 }
 
-CATALOGUE_T::CATALOGUE_T(std::vector<MOVIE_PTR> movies, INT32_T disks)
-    : movies_(std::move(movies)), disks_(disks) {
+CATALOGUE_T::CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks)
+    : movies_(std::move(movies)), storage_(disks, movies_) {
     by_id_.reserve(movies_.size());
-    for (POSITION_T position = 0; position < movies_.size(); position++)
+    for (POSITION_T position = 0; position < movies_.size(); position++) {
         by_id_.emplace(record(position).id, position);
+        if (*text_or_empty(record(position).posters->big) != '\0')
+            with_poster_.push_back(position);
+    }
+    place_movies();
     sort_movies();
     file_movies();
 }
 
+void CATALOGUE_T::place_movies() {
+    disk_of_.reserve(movies_.size());
+    const auto *disk = storage_.disks();
+    for (; disk != nullptr; disk = static_cast<const DBDATA_HARDDISK_INFORMATION_LIST_T *>(disk->next))
+        disk_of_.resize(disk_of_.size() + disk->movstat.parseok_movies, disk->info);
+}
+
 // Each order sorts by a key of its own and, among equals, by movie code.
 void CATALOGUE_T::sort_movies() {
-    const POSITIONS_T by_code = positions_by_code();
+    by_code_ = positions_by_code();
     const auto by = [&](auto key_of) {
-        return sorted_by(by_code, [&](POSITION_T position) { return key_of(record(position)); });
+        return sorted_by(by_code_, [&](POSITION_T position) { return key_of(record(position)); });
     };
     sorted_[TP_ORDER_BY_PUT_TIME] = by([](const auto &movie) { return -int64_t{movie.put_time}; });
     sorted_[TP_ORDER_BY_PUBLISH_TIME] = by([](const auto &movie) { return -int64_t{movie.publish_time}; });
@@ -260,6 +271,13 @@ const CATEGORY_T *CATALOGUE_T::category(INT32_T cid) const {
 const MOVIE_T *CATALOGUE_T::movie(INT32_T mid) const {
     const auto found = by_id_.find(mid);
     return found == by_id_.end() ? nullptr : movies_[found->second].get();
+}
+
+std::span<const POSITION_T> CATALOGUE_T::movies_of(const INT8_T *code) const {
+    const auto code_of = [this](POSITION_T position) {
+        return std::string_view(record(position).info->movie_code);
+    };
+    return std::ranges::equal_range(by_code_, std::string_view(code), {}, code_of);
 }
 
 PAGE_T CATALOGUE_T::page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request) const {

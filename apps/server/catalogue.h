@@ -7,38 +7,16 @@
 #include <array>
 #include <cstdint>
 #include <map>
-#include <memory>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
-#include "dbdata_movie.h"
+#include "movie.h"
+#include "storage.h"
 #include "tavisystype.h"
 
 namespace server {
-
-// What tells whether a document is still the one that was loaded.
-struct SIGNATURE_T {
-    uint64_t inode = 0;
-    int64_t size = 0;
-    int64_t modified_ns = 0;
-    int64_t changed_ns = 0;
-    bool operator==(const SIGNATURE_T &) const = default;
-};
-
-// A loaded movie: its record and where its document lies. Never changed once it is loaded, so that any
-// number of snapshots may share it.
-struct MOVIE_T {
-    explicit MOVIE_T(DBDATA_MOVIE_INFORMATION_T *owned) : record(owned) {}
-    MOVIE_T(const MOVIE_T &) = delete;
-    MOVIE_T &operator=(const MOVIE_T &) = delete;
-    ~MOVIE_T() { release_dbdata_movie_information(&record); }
-
-    DBDATA_MOVIE_INFORMATION_T *record;
-    std::string folder; // of the document, below the library folder: "sda/sda1/TV1993-0001"
-    SIGNATURE_T signature;
-};
-using MOVIE_PTR = std::shared_ptr<const MOVIE_T>;
 
 constexpr INT32_T ALL_CATEGORIES = 0;
 constexpr INT32_T NO_FILTER = 0;
@@ -72,26 +50,37 @@ struct PAGE_T {
 
 class CATALOGUE_T {
 public:
-    CATALOGUE_T(std::vector<MOVIE_PTR> movies, INT32_T disks);
+    // The movies are those of the disks, by disk and partition.
+    CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks);
 
-    INT32_T disks() const { return disks_; }
+    const STORAGE_T &storage() const { return storage_; }
     const std::vector<MOVIE_PTR> &movies() const { return movies_; }
     // Categories that hold movies, by id, ALL_CATEGORIES among them.
     const std::map<INT32_T, CATEGORY_T> &categories() const { return categories_; }
     const CATEGORY_T *category(INT32_T cid) const;
     // The movie of that id, or NULL.
     const MOVIE_T *movie(INT32_T mid) const;
+    // The movies of that code: at most one on each partition.
+    std::span<const POSITION_T> movies_of(const INT8_T *code) const;
+    // The disk that holds the movie.
+    const DBDATA_HARDDISK_INFORMATION_T &disk_of(POSITION_T position) const { return *disk_of_[position]; }
+    // Movies that have a large poster.
+    const POSITIONS_T &with_poster() const { return with_poster_; }
     // The request's numbers have been checked.
     PAGE_T page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request) const;
 
 private:
+    void place_movies();
     void sort_movies();
     POSITIONS_T positions_by_code() const;
     void file_movies();
     const DBDATA_MOVIE_INFORMATION_T &record(POSITION_T position) const { return *movies_[position]->record; }
 
     std::vector<MOVIE_PTR> movies_;
-    INT32_T disks_;
+    STORAGE_T storage_;
+    std::vector<const DBDATA_HARDDISK_INFORMATION_T *> disk_of_; // by position
+    POSITIONS_T with_poster_;
+    POSITIONS_T by_code_;
     SORTED_T sorted_;                                 // every movie, in each order
     std::array<std::vector<uint32_t>, ORDERS> ranks_; // of a position, in each order
     std::unordered_map<INT32_T, POSITION_T> by_id_;

@@ -150,10 +150,13 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
     LIBRARY_T library;
     std::vector<std::string> partitions;
     const auto top = std::make_unique<WALK_T>(root, stop); // its buffer is large for a stack
-    for (const std::string &disk : top->folders_in(".")) {
-        library.disks++;
-        for (const std::string &partition : top->folders_in(disk.c_str()))
-            partitions.emplace_back(disk).append("/").append(partition);
+    for (const std::string &name : top->folders_in(".")) {
+        DISK_T &disk = library.disks.emplace_back();
+        disk.name = name;
+        for (const std::string &partition : top->folders_in(name.c_str())) {
+            disk.partitions.push_back({partition, "", "", {}});
+            partitions.emplace_back(name).append("/").append(partition);
+        }
     }
 
     std::vector<std::vector<DOCUMENT_T>> found(partitions.size());
@@ -170,8 +173,13 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
     });
     if (short_of_memory)
         throw std::bad_alloc();
-    for (std::vector<DOCUMENT_T> &documents : found)
-        std::move(documents.begin(), documents.end(), std::back_inserter(library.documents));
+    auto documents = found.begin();
+    for (DISK_T &disk : library.disks)
+        for (PARTITION_T &partition : disk.partitions) {
+            partition.stat.total_movies = static_cast<UINT32_T>(documents->size());
+            std::move(documents->begin(), documents->end(), std::back_inserter(library.documents));
+            ++documents;
+        }
     return library;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "catalogue.h"
+#include "storage.h"
 
 namespace server {
 
@@ -21,8 +22,8 @@ struct DOCUMENT_T {
 };
 
 struct LIBRARY_T {
+    std::vector<DISK_T> disks;         // by name, partitions as well; totals are filled
     std::vector<DOCUMENT_T> documents; // by disk, partition and path
-    INT32_T disks = 0;
 };
 
 // Walks the library's partitions with so many threads; the documents come in the order of their paths

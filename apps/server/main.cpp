@@ -94,7 +94,8 @@ int serve(const OPTIONS_T &options) {
     server::STORE_T store;
     const server::IDENTITY_T identity{TAVISYS_VERSION, options.name, server::machine_uuid()};
     server::answer_from(&store, &identity);
-    server::SCANNER_T scanner(options.library, std::max(1U, std::thread::hardware_concurrency()), &store);
+    server::SCANNER_T scanner(options.library, identity.uuid,
+                              std::max(1U, std::thread::hardware_concurrency()), &store);
     server::WORKERS_T workers(options.threads, server::handle_request);
     server::INTAKE_T intake(listener, &workers, [&scanner] { scanner.rescan(); });
     if (!intake.open() || !workers.start())

@@ -11,16 +11,11 @@ namespace {
 constexpr INT32_T YEAR_OF_DATE = 10000; // a date is YYYYMMDD
 
 template <class NODE>
-const NODE *next_of(const NODE *node) {
-    return static_cast<const NODE *>(node->next);
-}
-
-// Makes the nodes a list in their order; returns its head, NULL when there are none.
-template <class NODES>
-auto *chain(NODES *nodes) {
-    for (size_t i = 1; i < nodes->size(); i++)
-        (*nodes)[i - 1].next = &(*nodes)[i];
-    return nodes->empty() ? nullptr : &nodes->front();
+INT32_T count_of(const NODE *list) {
+    INT32_T count = 0;
+    for (const NODE *node = list; node != nullptr; node = next_of(node))
+        count += node->info != nullptr ? 1 : 0;
+    return count;
 }
 
 // The first year and the first dimension that don't stand for all.
@@ -58,12 +53,12 @@ PAGE_RECORD_T::PAGE_RECORD_T(const CATALOGUE_T &catalogue, const PAGE_T &page,
     page_.pageinfo = {request.pagenum, request.pagesize, pages, page.total, count};
 
     movies_.resize(page.positions.size());
-    // An empty page is a list of one node without a movie: a page without a list can't be encoded.
-    nodes_.resize(movies_.empty() ? 1 : movies_.size());
+    nodes_.resize(movies_.empty() ? 1 : movies_.size()); // an empty page, see on_loan.h
     for (INT32_T i = 0; i < count; i++) {
         const auto at = static_cast<size_t>(i);
-        fill(&movies_[at], *catalogue.movies()[page.positions[at]],
-             (request.pagenum - 1) * request.pagesize + i + 1);
+        const POSITION_T position = page.positions[at];
+        fill(&movies_[at], *catalogue.movies()[position], (request.pagenum - 1) * request.pagesize + i + 1);
+        movies_[at].hdsn = catalogue.disk_of(position).serialno;
         nodes_[at].info = &movies_[at];
     }
     page_.list = chain(&nodes_);
@@ -95,8 +90,9 @@ void PAGE_RECORD_T::fill(TP_TAVISYS_BASIC_MOVIE_INFORMATION_T *to, const MOVIE_T
     to->area_ids = ids_of(record.area_list);
     to->dimension_ids = ids_of(record.dimension_list);
     to->resolution_ids = ids_of(record.resolution_list);
-    to->hdsn = record.hddevname;
     to->index = index;
+    to->totalvideo = count_of(record.video_list);
+    to->duration = record.duration;
 }
 
 template <class NODE>

@@ -1,8 +1,4 @@
-// The wire records of movies, filled from the catalogue.
-//
-// Encoders only read their records. So these records borrow their texts from the catalogue's snapshot
-// instead of copying them, and are never handed to the delete functions: what they need beside those
-// texts belongs to the object that holds them.
+// The wire records of movies as clients browse them, on loan from the catalogue.
 #ifndef TAVISYS_SERVER_MOVIE_RECORDS_H
 #define TAVISYS_SERVER_MOVIE_RECORDS_H
 
@@ -13,13 +9,9 @@
 #include "catalogue.h"
 #include "codec_basic_movinfo.h"
 #include "codec_detail_movinfo.h"
+#include "on_loan.h"
 
 namespace server {
-
-// The encoders' records have fields for texts that they own; on loan they are only read.
-inline INT8_T *on_loan(const INT8_T *text) {
-    return const_cast<INT8_T *>(text);
-}
 
 // Texts that are made for one reply.
 class TEXTS_T {

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <random>
 
 #include "codec_category_info.h"
 #include "codec_filter_info.h"
@@ -12,6 +13,7 @@
 #include "codec_version_info.h"
 #include "log.h"
 #include "movie_records.h"
+#include "question.h"
 #include "support_codec.h"
 
 namespace server {
@@ -23,81 +25,33 @@ constexpr INT32_T LARGEST_PAGE = 1000;
 const STORE_T *s_store = nullptr;
 const IDENTITY_T *s_identity = nullptr;
 
-struct REQUEST_T {
-    const void *body;
-    INT32_T length;
-
-    // The request record; its length has been checked.
-    template <class RECORD>
-    RECORD as() const {
-        RECORD record{};
-        memcpy(&record, body, sizeof record);
-        return record;
-    }
-};
-
-struct REPLY_T {
-    PVOID *body;
-    INT32_T *length;
-};
-
-// The result of an encoder as the client gets it.
-RTSTATUS encoded(RTSTATUS result) {
-    return result < 0 ? TAVISYS_RESULT_SERVER_ERROR : 0;
-}
-
-// The body of a list without entries: the list encoders take none.
-RTSTATUS reply_empty_list(const REPLY_T &reply) {
-    const INT32_T length = calc_codec_int_data_length();
-    PVOID body = calloc(1, static_cast<size_t>(length));
-    if (body == nullptr)
-        return TAVISYS_RESULT_SERVER_ERROR;
-    encode_int_data_to_buffer(0, body, length);
-    *reply.body = body;
-    *reply.length = length;
-    return 0;
-}
-
-// Chains the records, which borrow their names, and has them encoded.
-template <class NODE, class RECORDS, class ENCODE>
-RTSTATUS reply_list(RECORDS &records, ENCODE encode, const REPLY_T &reply) {
-    if (records.empty())
-        return reply_empty_list(reply);
-    std::vector<NODE> nodes(records.size());
-    for (size_t i = 0; i < records.size(); i++)
-        nodes[i] = {i + 1 < records.size() ? &nodes[i + 1] : nullptr, &records[i]};
-    return encoded(encode(nodes.data(), reply.body, reply.length));
-}
-
-RTSTATUS reply_version(const REQUEST_T &, const REPLY_T &reply) {
-    const TP_TAVISYS_VERSION_INFORMATION_T info{on_loan(s_identity->version.c_str()),
-                                                on_loan(s_identity->name.c_str()),
-                                                on_loan(s_identity->uuid.c_str())};
+RTSTATUS reply_version(const REQUEST_T &request, const REPLY_T &reply) {
+    const TP_TAVISYS_VERSION_INFORMATION_T info{on_loan(request.identity.version.c_str()),
+                                                on_loan(request.identity.name.c_str()),
+                                                on_loan(request.identity.uuid.c_str())};
     return encoded(encode_tavisys_version_information_to_message(&info, reply.body, reply.length));
 }
 
-RTSTATUS reply_status(const REQUEST_T &, const REPLY_T &reply) {
-    const TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T status = s_store->status();
+RTSTATUS reply_status(const REQUEST_T &request, const REPLY_T &reply) {
+    const TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T status = request.store.status();
     return encoded(encode_tavisys_sysrun_status_information_to_message(&status, reply.body, reply.length));
 }
 
-RTSTATUS reply_system(const REQUEST_T &, const REPLY_T &reply) {
-    const SNAPSHOT_PTR catalogue = s_store->snapshot();
-    const TP_TAVISYS_SYSTEM_INFORMATION_T info{catalogue->disks(),
-                                               static_cast<INT32_T>(catalogue->movies().size())};
+RTSTATUS reply_system(const REQUEST_T &request, const REPLY_T &reply) {
+    const SNAPSHOT_PTR catalogue = request.store.snapshot();
+    const TP_TAVISYS_SYSTEM_INFORMATION_T info{
+        dbdata_get_harddisks_from_dbdata_harddisk_information_list(catalogue->storage().disks()),
+        static_cast<INT32_T>(catalogue->movies().size())};
     return encoded(encode_tavisys_system_information_to_message(&info, reply.body, reply.length));
 }
 
-RTSTATUS reply_uuid(const REQUEST_T &, const REPLY_T &reply) {
-    *reply.body = strdup(s_identity->uuid.c_str());
-    if (*reply.body == nullptr)
-        return TAVISYS_RESULT_SERVER_ERROR;
-    *reply.length = static_cast<INT32_T>(s_identity->uuid.size() + 1); // the terminator travels, too
-    return 0;
+RTSTATUS reply_uuid(const REQUEST_T &request, const REPLY_T &reply) {
+    const std::string &uuid = request.identity.uuid;
+    return reply_bytes(uuid.c_str(), uuid.size() + 1, reply); // the terminator travels, too
 }
 
-RTSTATUS reply_categories(const REQUEST_T &, const REPLY_T &reply) {
-    const SNAPSHOT_PTR catalogue = s_store->snapshot();
+RTSTATUS reply_categories(const REQUEST_T &request, const REPLY_T &reply) {
+    const SNAPSHOT_PTR catalogue = request.store.snapshot();
     std::vector<TP_TAVISYS_CATEGORY_INFORMATION_T> records;
     for (const auto &[id, category] : catalogue->categories())
         if (id != ALL_CATEGORIES)
@@ -146,7 +100,7 @@ RTSTATUS reply_kinds(const REQUEST_T &request, const REPLY_T &reply) {
             return TAVISYS_RESULT_BAD_REQUEST;
         cid = args.cid;
     }
-    const SNAPSHOT_PTR catalogue = s_store->snapshot();
+    const SNAPSHOT_PTR catalogue = request.store.snapshot();
     std::vector<TP_TAVISYS_KIND_INFORMATION_T> records;
     for (const auto &[id, value] : values_of(*catalogue, cid, TP_FILTER_TYPE_KIND))
         records.push_back({id, on_loan(value->name), value->movies});
@@ -158,7 +112,7 @@ RTSTATUS reply_filter(const REQUEST_T &request, const REPLY_T &reply) {
     const auto args = request.as<TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T>();
     if (args.type < TP_FILTER_TYPE_KIND || args.type > TP_FILTER_TYPE_DIMENSION)
         return TAVISYS_RESULT_BAD_REQUEST;
-    const SNAPSHOT_PTR catalogue = s_store->snapshot();
+    const SNAPSHOT_PTR catalogue = request.store.snapshot();
     TEXTS_T texts;
     std::vector<TP_TAVISYS_FILTER_INFORMATION_T> records;
     for (const auto &[id, value] : values_of(*catalogue, args.cid, args.type)) {
@@ -168,20 +122,20 @@ RTSTATUS reply_filter(const REQUEST_T &request, const REPLY_T &reply) {
         records, encode_tavisys_filter_information_list_to_message, reply);
 }
 
+template <auto ENCODE>
 RTSTATUS reply_page(const REQUEST_T &request, const REPLY_T &reply) {
     const auto args = request.as<TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T>();
     if (args.pagenum < 1 || args.pagesize < 1 || args.pagesize > LARGEST_PAGE ||
         args.orderby < TP_ORDER_BY_PUT_TIME || args.orderby > TP_ORDER_BY_NAME)
         return TAVISYS_RESULT_BAD_REQUEST;
-    const SNAPSHOT_PTR catalogue = s_store->snapshot();
+    const SNAPSHOT_PTR catalogue = request.store.snapshot();
     const PAGE_RECORD_T page(*catalogue, catalogue->page(args), args);
-    return encoded(
-        encode_tavisys_basic_movie_ext_information_to_message(page.get(), reply.body, reply.length));
+    return encoded(ENCODE(page.get(), reply.body, reply.length));
 }
 
 RTSTATUS reply_detail(const REQUEST_T &request, const REPLY_T &reply) {
     const auto args = request.as<TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T>();
-    const SNAPSHOT_PTR catalogue = s_store->snapshot();
+    const SNAPSHOT_PTR catalogue = request.store.snapshot();
     const MOVIE_T *movie = catalogue->movie(args.mid);
     if (movie == nullptr || (args.cid != ALL_CATEGORIES && args.cid != category_id_of(*movie->record)))
         return TAVISYS_RESULT_NO_SUCH_MOVIE;
@@ -190,9 +144,26 @@ RTSTATUS reply_detail(const REQUEST_T &request, const REPLY_T &reply) {
         encode_tavisys_detail_movie_information_to_message(detail.get(), reply.body, reply.length));
 }
 
+// Equally likely each; the path travels without a terminator.
+RTSTATUS reply_random_poster(const REQUEST_T &request, const REPLY_T &reply) {
+    thread_local std::minstd_rand random{std::random_device{}()};
+    const SNAPSHOT_PTR catalogue = request.store.snapshot();
+    const POSITIONS_T &positions = catalogue->with_poster();
+    if (positions.empty())
+        return 0; // clients take an empty reply for "there is none"
+    const POSITION_T position =
+        positions[std::uniform_int_distribution<size_t>(0, positions.size() - 1)(random)];
+    const MOVIE_T &movie = *catalogue->movies()[position];
+    TEXTS_T texts;
+    const INT8_T *path = texts.path(movie, movie.record->posters->big);
+    return reply_bytes(path, strlen(path), reply);
+}
+
 constexpr INT32_T FILTER_LENGTH = sizeof(TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T);
 constexpr INT32_T PAGE_LENGTH = sizeof(TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T);
 constexpr INT32_T DETAIL_LENGTH = sizeof(TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T);
+constexpr INT32_T POSITION_LENGTH = sizeof(TP_TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES_ARGS_T);
+constexpr INT32_T ANY_LENGTH = -1; // for a request that is encoded: its decoder decides
 
 struct QUESTION_T {
     INT32_T type;
@@ -207,16 +178,28 @@ constexpr QUESTION_T QUESTIONS[] = {
     {TAVISYS_MSGTYPE_REQUEST_CATEGORY_LIST, 0, true, reply_categories},
     {TAVISYS_MSGTYPE_REQUEST_KIND_LIST, FILTER_LENGTH, true, reply_kinds},
     {TAVISYS_MSGTYPE_REQUEST_FILTER_INFO_LIST, FILTER_LENGTH, false, reply_filter},
-    {TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO, PAGE_LENGTH, false, reply_page},
+    {TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO, PAGE_LENGTH, false,
+     reply_page<encode_tavisys_basic_movie_ext_information_to_message>},
     {TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO, DETAIL_LENGTH, false, reply_detail},
+    {TAVISYS_MSGTYPE_REQUEST_RANDOM_BASIC_MOVIE_INFO, 0, true, reply_random_poster},
+    {TAVISYS_MSGTYPE_REQUEST_HARDDISK_INFO, 0, true, reply_disks},
+    {TAVISYS_MSGTYPE_REQUEST_PARTITION_INFO, POSITION_LENGTH, false, reply_partitions},
+    {TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES, POSITION_LENGTH, false, reply_movie_count},
+    {TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIE_INFO, POSITION_LENGTH, false, reply_partition_movies},
     {TAVISYS_MSGTYPE_REQUEST_GET_UUID_INFO, 0, true, reply_uuid},
+    {AVISYS_MSGTYPE_REQUEST_MOVIE_INFO_BY_MOVCODE, ANY_LENGTH, false, reply_movies_by_code},
+    {TOUCHSCREEM_MSGTYPE_REQUEST_BASIC_MOVIE_INFO, PAGE_LENGTH, false,
+     reply_page<encode_touchscreen_basic_movie_ext_information_to_message>},
+    {TOUCHSCREEM_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO, DETAIL_LENGTH, false, reply_detail},
 };
 
 RTSTATUS answer(INT32_T type, const REQUEST_T &request, const REPLY_T &reply) try {
     for (const QUESTION_T &question : QUESTIONS) {
         if (question.type != type)
             continue;
-        if (request.length != question.length && !(request.length == 0 && question.may_be_empty))
+        const bool fits = question.length == ANY_LENGTH || request.length == question.length ||
+                          (request.length == 0 && question.may_be_empty);
+        if (!fits)
             return TAVISYS_RESULT_BAD_REQUEST;
         return question.reply(request, reply);
     }
@@ -233,6 +216,8 @@ const char *reason_of(RTSTATUS result) {
         return "消息体长度或内容有误";
     case TAVISYS_RESULT_NO_SUCH_MOVIE:
         return "没有这部影片";
+    case TAVISYS_RESULT_NO_SUCH_POSITION:
+        return "没有这个硬盘或分区";
     default:
         return "内存不足或无法编码";
     }
@@ -240,13 +225,30 @@ const char *reason_of(RTSTATUS result) {
 
 } // namespace
 
+RTSTATUS reply_bytes(const void *bytes, size_t count, const REPLY_T &reply) {
+    PVOID body = malloc(count);
+    if (body == nullptr)
+        return TAVISYS_RESULT_SERVER_ERROR;
+    memcpy(body, bytes, count);
+    *reply.body = body;
+    *reply.length = static_cast<INT32_T>(count);
+    return 0;
+}
+
+RTSTATUS reply_empty_list(const REPLY_T &reply) {
+    INT8_T count[sizeof(INT32_T)];
+    encode_int_data_to_buffer(0, count, sizeof count);
+    return reply_bytes(count, sizeof count, reply);
+}
+
 void answer_from(const STORE_T *store, const IDENTITY_T *identity) {
     s_store = store;
     s_identity = identity;
 }
 
 RTSTATUS handle_request(INT32_T type, PVOID body, INT32_T length, PVOID *reply, INT32_T *replylen) {
-    const RTSTATUS result = answer(type, REQUEST_T{body, length}, REPLY_T{reply, replylen});
+    const RTSTATUS result =
+        answer(type, REQUEST_T{*s_store, *s_identity, body, length}, REPLY_T{reply, replylen});
     if (result < 0)
         SERVER_INFO("请求未能回应: 消息类型(%d), 消息体长度(%d), 结果(%d): %s", type, length, result,
                     reason_of(result));

@@ -5,6 +5,7 @@
 #include <new>
 #include <system_error>
 
+#include "devices.h"
 #include "event_list.h"
 #include "log.h"
 #include "metadata_parse.h"
@@ -47,7 +48,11 @@ std::string key_of(const DBDATA_MOVIE_INFORMATION_T &movie) {
 class SCANNER_T::SCAN_T {
 public:
     SCAN_T(SCANNER_T *scanner, LIBRARY_T library)
-        : scanner_(scanner), library_(std::move(library)), outcomes_(library_.documents.size()) {}
+        : scanner_(scanner), library_(std::move(library)), outcomes_(library_.documents.size()) {
+        for (DISK_T &disk : library_.disks)
+            for (PARTITION_T &partition : disk.partitions)
+                partition_of_.resize(partition_of_.size() + partition.stat.total_movies, &partition);
+    }
 
     void run(bool publish_early) {
         const std::vector<std::jthread> parsers = start_parsers(); // joined whatever happens below
@@ -124,19 +129,21 @@ private:
                     return;
                 outcome = std::move(outcomes_[collected_]);
             }
-            keep(std::move(outcome), library_.documents[collected_]);
+            keep(std::move(outcome), library_.documents[collected_], &partition_of_[collected_]->stat);
         }
     }
 
-    void keep(OUTCOME_T outcome, const DOCUMENT_T &document) {
+    void keep(OUTCOME_T outcome, const DOCUMENT_T &document, DBDATA_MOVIE_STAT_T *stat) {
         if (outcome.movie != nullptr && !keys_.insert(key_of(*outcome.movie->record)).second) {
             scanner_->store_->recount_as_failed();
             outcome = {nullptr, "同一分区上已有相同影片编码的影片", true};
         }
         if (outcome.movie != nullptr) {
             movies_.push_back(std::move(outcome.movie));
+            stat->parseok_movies++;
             return;
         }
+        stat->parseerr_movies++;
         scanner_->progress_.hide();
         SERVER_WARN("跳过影片 %s/%s/metadata.xml: %s", scanner_->root_.c_str(), document.folder.c_str(),
                     outcome.reason.c_str());
@@ -153,7 +160,8 @@ private:
     }
 
     SCANNER_T *scanner_;
-    const LIBRARY_T library_;
+    LIBRARY_T library_;                       // its statistics grow, the rest stays as it is
+    std::vector<PARTITION_T *> partition_of_; // by document
     std::atomic<size_t> next_ = 0;
 
     std::mutex mutex_;
@@ -168,8 +176,8 @@ private:
     CLOCK_T::duration last_cost_{};
 };
 
-SCANNER_T::SCANNER_T(std::string root, unsigned parsers, STORE_T *store)
-    : root_(std::move(root)), parsers_(parsers), store_(store) {}
+SCANNER_T::SCANNER_T(std::string root, std::string machine, unsigned parsers, STORE_T *store)
+    : root_(std::move(root)), machine_(std::move(machine)), parsers_(parsers), store_(store) {}
 
 void SCANNER_T::start() {
     thread_ = std::thread([this] { run(); });
@@ -215,6 +223,7 @@ void SCANNER_T::scan() {
     const auto begun = CLOCK_T::now();
     store_->begin(SYSRUN_STATUS_WAITING, 0);
     LIBRARY_T library = find_documents(root_, parsers_, stop_);
+    identify_devices(root_, machine_, &library.disks);
     store_->begin(SYSRUN_STATUS_PARSING, static_cast<INT32_T>(library.documents.size()));
 
     SCAN_T scan(this, std::move(library));

@@ -20,7 +20,8 @@ namespace server {
 
 class SCANNER_T {
 public:
-    SCANNER_T(std::string root, unsigned parsers, STORE_T *store);
+    // `machine` is the machine's uuid.
+    SCANNER_T(std::string root, std::string machine, unsigned parsers, STORE_T *store);
     SCANNER_T(const SCANNER_T &) = delete;
     SCANNER_T &operator=(const SCANNER_T &) = delete;
     ~SCANNER_T() { stop(); }
@@ -45,6 +46,7 @@ private:
     OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) const;
 
     const std::string root_;
+    const std::string machine_;
     const unsigned parsers_;
     STORE_T *store_;
     PROGRESS_T progress_;

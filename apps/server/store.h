@@ -49,7 +49,8 @@ public:
 
 private:
     mutable std::mutex mutex_;
-    SNAPSHOT_PTR snapshot_ = std::make_shared<const CATALOGUE_T>(std::vector<MOVIE_PTR>{}, 0);
+    SNAPSHOT_PTR snapshot_ =
+        std::make_shared<const CATALOGUE_T>(std::vector<MOVIE_PTR>{}, std::span<const DISK_T>{});
     TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T status_{};
 };
 
