@@ -46,7 +46,7 @@ double parse_alone(const std::string &root, const server::LIBRARY_T &library) {
 
 double load(const std::string &root, size_t *loaded) {
     server::STORE_T store;
-    server::SCANNER_T scanner(root, std::thread::hardware_concurrency(), &store);
+    server::SCANNER_T scanner(root, "", std::thread::hardware_concurrency(), &store);
     const auto begun = CLOCK_T::now();
     scanner.start();
     while (store.status().status != SYSRUN_STATUS_RUNNING)

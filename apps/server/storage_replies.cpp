@@ -56,13 +56,6 @@ const DBDATA_PARTITION_INFORMATION_LIST_T *partition_of(const CATALOGUE_T &catal
     return catalogue.storage().partition(name_of(args.hddevname).c_str(), name_of(args.ptdevname).c_str());
 }
 
-RTSTATUS reply_movies(const TRANSFER_LIST_T &movies, const REPLY_T &reply) {
-    if (movies.get() == nullptr)
-        return reply_empty_list(reply);
-    return encoded(encode_tp_tavisys_dbdata_movie_information_list_to_message_packed(movies.get(), reply.body,
-                                                                                     reply.length));
-}
-
 struct DELETE_REQUEST_T {
     void operator()(CODES_REQUEST_T *request) const {
         delete_tp_tavisys_movieinfo_request_information(&request);
@@ -111,10 +104,11 @@ RTSTATUS reply_partition_movies(const REQUEST_T &request, const REPLY_T &reply) 
     const auto *partition = partition_of(*catalogue, request);
     if (partition == nullptr)
         return TAVISYS_RESULT_NO_SUCH_POSITION;
-    TRANSFER_LIST_T movies;
+    TRANSFER_BODY_T movies(partition->movstat.parseok_movies);
     for (const auto *node = partition->list; node != nullptr; node = next_of(node))
         movies.append(*node->info);
-    return reply_movies(movies, reply);
+    *reply.body = movies.release(reply.length);
+    return 0;
 }
 
 // In the order of the codes, each movie once: a reply is never longer than the whole catalogue, however
@@ -128,7 +122,7 @@ RTSTATUS reply_movies_by_code(const REQUEST_T &request, const REPLY_T &reply) {
         return TAVISYS_RESULT_BAD_REQUEST;
 
     const SNAPSHOT_PTR catalogue = request.store.snapshot();
-    TRANSFER_LIST_T movies;
+    TRANSFER_BODY_T movies(1);
     std::unordered_set<POSITION_T> sent;
     for (const auto *code = args->list; code != nullptr; code = next_of(code)) {
         if (code->info == nullptr || code->info->movcode == nullptr)
@@ -140,7 +134,8 @@ RTSTATUS reply_movies_by_code(const REQUEST_T &request, const REPLY_T &reply) {
                 movies.append(movie);
         }
     }
-    return reply_movies(movies, reply);
+    *reply.body = movies.release(reply.length);
+    return 0;
 }
 
 } // namespace server

@@ -1,37 +1,63 @@
-// The transfer records of movies, which carry everything that another server needs, on loan from the
-// catalogue.
+// The transfer records of movies, which carry everything that another server needs.
 #ifndef TAVISYS_SERVER_TRANSFER_RECORDS_H
 #define TAVISYS_SERVER_TRANSFER_RECORDS_H
 
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
 #include <memory_resource>
 
 #include "codec_dbdata_movinfo.h"
-#include "movie.h"
+#include "dbdata_movie.h"
 #include "on_loan.h"
 
 namespace server {
 
-class TRANSFER_LIST_T {
+// One movie as a list of one, on loan from the catalogue.
+class TRANSFER_RECORD_T {
 public:
-    void append(const DBDATA_MOVIE_INFORMATION_T &movie);
-    // NULL when nothing was appended.
-    const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *get() const { return movies_.head; }
+    explicit TRANSFER_RECORD_T(const DBDATA_MOVIE_INFORMATION_T &movie);
+    TRANSFER_RECORD_T(const TRANSFER_RECORD_T &) = delete;
+    TRANSFER_RECORD_T &operator=(const TRANSFER_RECORD_T &) = delete;
+    ~TRANSFER_RECORD_T() = default;
+    const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *get() const { return &node_; }
 
 private:
-    template <class NODE>
-    struct LIST_T {
-        NODE *head = nullptr;
-        NODE *tail = nullptr;
-    };
-    template <class NODE, class RECORD>
-    void append_to(LIST_T<NODE> *list, const RECORD &record);
+    template <class RECORD>
+    RECORD *keep(const RECORD &record);
     template <class NODE, class FROM, class CONVERT>
     NODE *list_of(const FROM *from, CONVERT convert);
     template <class NODE, class FROM, class CONVERT>
     NODE *list_or_empty_node(const FROM *from, CONVERT convert);
 
-    std::pmr::monotonic_buffer_resource memory_{size_t{64} * 1024};
-    LIST_T<TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T> movies_;
+    std::array<std::byte, size_t{8} * 1024> room_; // enough for most movies
+    std::pmr::monotonic_buffer_resource memory_{room_.data(), room_.size()};
+    TP_TAVISYS_DBDATA_MOVIE_INFORMATION_T record_{};
+    TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T node_{nullptr, &record_};
+};
+
+// The body of a transfer list, built movie by movie: each is read while it is in the caches, and a reply
+// takes little more memory than its body.
+class TRANSFER_BODY_T {
+public:
+    // Asks for room for so many movies at once: pages that are never written to are never there.
+    explicit TRANSFER_BODY_T(size_t expected);
+    // Throws std::bad_alloc when memory is short or the body would become too long to travel.
+    void append(const DBDATA_MOVIE_INFORMATION_T &movie);
+    // Hands the body over to the caller.
+    PVOID release(INT32_T *length);
+
+private:
+    struct FREE_T {
+        void operator()(INT8_T *memory) const { free(memory); }
+    };
+    void make_room(size_t count);
+
+    std::unique_ptr<INT8_T, FREE_T> body_;
+    size_t length_;
+    size_t size_ = 0;
+    INT32_T movies_ = 0;
 };
 
 } // namespace server
