@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""What the headers declare, the export map lists and the libraries define are the same names.
+"""What the headers declare, the export map lists and the libraries define are the same names, and those that
+programs are built with (interface_names.txt) are among them.
 
 usage: exports_test.py SOURCE_DIRECTORY SHARED_LIBRARY STATIC_LIBRARY"""
 import pathlib
@@ -20,6 +21,13 @@ def symbols(*command):
     return {line[0].split("@")[0]: line[1] for line in lines if len(line) > 1 and line[1] != "A"}
 
 
+def is_declared(name, value, headers):
+    """Whether the text of the headers declares a type, or an enumerator with its value."""
+    if value:
+        return re.search(rf"\b{name} = {value}\b", headers)
+    return re.search(rf"\}} {name};|\btypedef [^;{{}}]+\b{name};|\(\*{name}\)\(", headers)
+
+
 source, shared, static = map(pathlib.Path, sys.argv[1:])
 declared = set(output_of(source / "cmake" / "exported-names", source / "include").split())
 listed = set(re.findall(r"(\w+);", re.search(r"global:(.*?)local:", (source / "cmake/tavisys.map").read_text(), re.S)[1]))
@@ -37,5 +45,15 @@ for header in sorted(source.glob("include/*.h")):
     for described, name in re.findall(r"(\*/\s*)?^TAVISYS_API[^;(]*?(\w+)\s*\(", header.read_text(), re.M):
         if not described:
             complaints.append(f"{header.name}: no comment before {name}")
-print("\n".join(sorted(complaints)) or f"{len(declared)} names agree")
-sys.exit(1 if complaints or len(declared) < 100 else 0)
+
+needed = [line.partition(" = ") for line in (source / "tests/interface_names.txt").read_text().splitlines()
+          if line and line[0] != "#"]
+functions = {name for name, _, _ in needed if name.islower()}
+headers = "".join(header.read_text() for header in source.glob("include/*.h"))
+headers = re.sub(r"/\*.*?\*/", "", headers, flags=re.S)
+complaints += [f"programs need it, but no header declares it: {name}" for name in functions - declared]
+complaints += [f"programs need it, but the library lacks it: {name}" for name in functions - exported.keys()]
+complaints += [f"programs need it, but no header declares it: {name}{equals}{value}" for name, equals, value in needed
+               if name not in functions and not is_declared(name, value, headers)]
+print("\n".join(sorted(complaints)) or f"{len(declared)} names agree, {len(functions)} of them needed")
+sys.exit(1 if complaints or len(functions) < 400 else 0)

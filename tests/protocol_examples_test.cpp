@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "codec_kind_info.h"
+#include "codec_player_status_info.h"
 #include "harness.h"
 #include "support_memory.h"
 #include "tavisys_agent_api.h"
@@ -65,16 +66,23 @@ std::string bytes(const void *from, INT32_T length) {
     return {static_cast<const char *>(from), static_cast<size_t>(length)};
 }
 
+// What an encoder makes of the arguments.
+template <class ENCODE, class... ARGUMENT>
+std::string encoded(ENCODE encode, const ARGUMENT &...argument) {
+    PVOID body = nullptr;
+    INT32_T length = 0;
+    EXPECT_EQ(0, encode(argument..., &body, &length));
+    std::string result = bytes(body, length);
+    safe_free(body);
+    return result;
+}
+
 // What becomes of a body that is decoded and encoded again.
 template <class RECORD, auto DECODE, auto ENCODE, auto DELETE>
 std::string recoded(const std::string &body) {
     RECORD *record = nullptr;
-    PVOID again = nullptr;
-    INT32_T length = 0;
     EXPECT_EQ(size_of(body), DECODE(body.data(), size_of(body), &record));
-    EXPECT_EQ(0, ENCODE(record, &again, &length));
-    std::string result = bytes(again, length);
-    safe_free(again);
+    std::string result = encoded(ENCODE, record);
     DELETE(&record);
     return result;
 }
@@ -84,15 +92,28 @@ std::string as_it_is(const std::string &body) {
 }
 
 // The decoder gives an empty page as NULL, the encoder takes it as a list of one node without a record.
+template <auto ENCODE>
 RTSTATUS encode_page(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *page, PVOID *to, INT32_T *length) {
     TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T no_movie{nullptr, nullptr};
     const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T sent{page->pageinfo,
                                                         page->list == nullptr ? &no_movie : page->list};
-    return encode_tavisys_basic_movie_ext_information_to_message(&sent, to, length);
+    return ENCODE(&sent, to, length);
 }
 constexpr auto PAGE =
     recoded<TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T, decode_tavisys_basic_movie_ext_information_from_message,
-            encode_page, delete_tavisys_basic_movie_ext_information>;
+            encode_page<encode_tavisys_basic_movie_ext_information_to_message>,
+            delete_tavisys_basic_movie_ext_information>;
+constexpr auto TOUCH_PAGE = recoded<TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T,
+                                    decode_touchscreen_basic_movie_ext_information_from_message,
+                                    encode_page<encode_touchscreen_basic_movie_ext_information_to_message>,
+                                    delete_tavisys_basic_movie_ext_information>;
+constexpr auto DISKS =
+    recoded<TP_TAVISYS_HARDDISK_INFORMATION_LIST_T, decode_tavisys_harddisk_information_list_from_message,
+            encode_tavisys_harddisk_information_list_to_message, release_tavisys_harddisk_information_list>;
+constexpr auto MOVIES = recoded<TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T,
+                                decode_tp_tavisys_dbdata_movie_information_list_from_message,
+                                encode_tp_tavisys_dbdata_movie_information_list_to_message_packed,
+                                delete_tp_tavisys_dbdata_movie_information_list>;
 
 struct EXAMPLE_T {
     const char *request; // name of the request's block; NULL when the document shows the reply alone
@@ -106,8 +127,24 @@ const std::string FOLDER = "sda/sda1/TV1993-0015/";
 const std::string NORMAL = wire((FOLDER + "posters/m.jpg").c_str());
 const std::string BIG = wire((FOLDER + "posters/b.jpg").c_str());
 const std::string FAREWELL = wire(15, "TV1993-0015", "霸王别姬", 81, 20230101, 19930101, NORMAL, BIG, "BWBJ",
-                                  1, 5, 4, 1, 2, 3, 4, 3, 1, 2, 3, 2, 1, 2, 0, "sda", 1);
+                                  1, 5, 4, 1, 2, 3, 4, 3, 1, 2, 3, 2, 1, 2, 0, "SN100001", 1);
 const std::string PAGE_1 = wire(1, 20, 1, 1, 1, 1, FAREWELL);
+const std::string DISK_A =
+    wire("sda", "SN100001", 2, 1, "sda1", "1F0A-22B7", "/media/sda1", 2, "sda2", "1F0A-22B8", "/media/sda2");
+const std::string DISK_B = wire("sdb", "SN100002", 1, 1, "sdb1", "1F0A-22B9", "/media/sdb1");
+const std::string WHOLE_FAREWELL =
+    wire(15, "TV1993-0015", "霸王别姬", "Farewell My Concubine", "8.1", "BWBJ", 1, "2D", 1, "4K", 1, "电影",
+         2, "剧情", "爱情", 2, "中国", "香港", 1, "P0084", "陈凯歌", 2, "P0050", "张国荣", "P0086", "巩俐", 1,
+         1993, 20230101, 19930101, 0, 171, 1, "posters/b.jpg", "posters/m.jpg", "posters/s.jpg", "戏里戏外",
+         1, 1, 16, 1, "霸王别姬", "videos/TV1993-0015.mkv", nullptr);
+const std::string CODES = wire(59, "TP-02", "", nullptr, 2, 15, "TV1993-0015", 15, "TV9999-0001");
+
+// The request record with the names of a disk and a partition.
+std::string position(std::string disk, std::string partition) {
+    disk.resize(16);
+    partition.resize(16);
+    return std::string(128, '\0') + disk + partition;
+}
 
 const EXAMPLE_T EXAMPLES[] = {
     {"version-request", "version-reply", 1000, 0, "", wire("1.0.0", "影柜", nullptr),
@@ -135,7 +172,15 @@ const EXAMPLE_T EXAMPLES[] = {
           "时长", "171分钟", 0, 2, 2, 1, 1, "上集", (FOLDER + "videos/1.mkv").c_str(), 2, 2, "下集", nullptr),
      recoded<TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T, decode_tavisys_detail_movie_information_from_message,
              encode_tavisys_detail_movie_information_to_message, release_tavisys_detail_movie_information>},
+    {nullptr, "poster-reply", 1008, 0, "", FOLDER + "posters/b.jpg", as_it_is},
+    {nullptr, "disks-reply", 3000, 0, "", wire(2, DISK_A, DISK_B), DISKS},
+    {"disk-request", "disk-reply", 3001, 0, position("sdb", ""), wire(1, DISK_B), DISKS},
+    {"count-request", "count-reply", 3002, 0, position("sda", "sda1"), wire(12), as_it_is},
+    {nullptr, "movies-reply", 3003, 0, position("sda", "sda1"), wire(1, WHOLE_FAREWELL), MOVIES},
     {nullptr, "uuid-reply", 3004, 0, "", std::string("6f1c2a52-3d0e-4b7a-9c55-0a1b2c3d4e5f\0", 37), as_it_is},
+    {"codes-request", "codes-reply", 3005, 0, CODES, wire(0), as_it_is},
+    {nullptr, "touch-page-reply", 5006, 0, wire(1, 0, 3, 0, 0, 1, 20, 2), wire(PAGE_1, 1, 171), TOUCH_PAGE},
+    {"touch-detail-request", "touch-detail-reply", 5007, -103, wire(1, 15), "", as_it_is},
     {nullptr, "error-reply", 1007, -103, wire(1, 15), "", as_it_is},
 };
 
@@ -143,6 +188,96 @@ std::string request_of(const EXAMPLE_T &each) {
     return each.request != nullptr ? message(each.request)
                                    : wire(each.type, 0, size_of(each.question), each.question);
 }
+
+// ---- Bodies without a message type
+
+// A string that a decoder hands out.
+struct TEXT_T {
+    INT8_T *text = nullptr;
+    TEXT_T() = default;
+    TEXT_T(const TEXT_T &) = delete;
+    TEXT_T &operator=(const TEXT_T &) = delete;
+    ~TEXT_T() { safe_free(text); }
+};
+
+using IDS_T = TP_TAVISYS_MOVIE_ID_INFORMATION_T;
+using HDVIDEO_T = TP_HARD_DISK_VIDEO_INFORMATION_T;
+
+INT32_T decode_ids(const void *body, INT32_T length, IDS_T **ids) {
+    return decode_tavisys_movie_id_information_to_message(body, length, ids) + 4; // which nobody reads
+}
+
+std::string ids_with_uuid(const std::string &body) {
+    TEXT_T uuid;
+    INT32_T rid = 0;
+    IDS_T *ids = nullptr;
+    EXPECT_EQ(size_of(body), decode_movid_info_to_buffer(body.data(), size_of(body), &uuid.text, &rid, &ids));
+    std::string result = encoded(encode_movid_info_to_buffer, uuid.text, rid, ids);
+    delete_tavisys_movie_id_information(&ids);
+    return result;
+}
+
+INT32_T decode_hdvideos(const void *body, INT32_T length, HDVIDEO_T **videos) {
+    return decode_hdvideo_list_information_from_message(body, length, videos) == 0 ? length : -1;
+}
+
+std::string videos(const std::string &body) {
+    const std::string movie = wire(1, nullptr, body);
+    HDVIDEO_T *list = nullptr;
+    EXPECT_EQ(size_of(movie), decode_hdvideos(movie.data(), size_of(movie), &list));
+    std::string result(body.size(), '\0');
+    EXPECT_EQ(size_of(body), encode_video_list_to_message(list->list, result.data(), size_of(body)));
+    delete_hard_disk_videolist(&list);
+    return result;
+}
+
+std::string mid_vid(const std::string &body) {
+    TEXT_T mid, vid;
+    EXPECT_EQ(size_of(body), decode_mid_vid_to_buffer(body.data(), size_of(body), &mid.text, &vid.text));
+    return wire(size_of(body) - 4, encoded(encode_mid_vid_to_buffer, mid.text, vid.text));
+}
+
+std::string basic_movie(const std::string &body) {
+    TEXT_T hdsn, name, movsn, dimension;
+    INT32_T length = size_of(body), index = 0, duration = 0;
+    EXPECT_EQ(length, decode_basic_movie_to_buffer(body.data(), &length, &index, &duration, &hdsn.text,
+                                                   &name.text, &movsn.text, &dimension.text));
+    std::string items(body.size() - 4, '\0');
+    EXPECT_EQ(size_of(items),
+              encode_basic_movie_argument_to_buffer(index, duration, hdsn.text, name.text, movsn.text,
+                                                    dimension.text, items.data(), size_of(items)));
+    return wire(size_of(items), items);
+}
+
+std::string movie_path(const std::string &body) {
+    TEXT_T device, path;
+    EXPECT_EQ(size_of(body),
+              decode_ffmpegc_movie_path_from_buffer(body.data(), size_of(body), &device.text, &path.text));
+    return encoded(encode_ffmpegc_movie_path_to_buffer, device.text, path.text);
+}
+
+const std::string IDS = wire(2, 15, 16, 17, 18);
+const std::string VIDEOS = wire(2, 1, "SN100001", "霸王别姬", 2, "SN100002", nullptr);
+
+const struct {
+    const char *name; // of the block
+    std::string body;
+    std::string (*recoded)(const std::string &);
+} BODIES[] = {
+    {"movie-ids", wire(IDS, 0),
+     recoded<IDS_T, decode_ids, encode_tavisys_movie_id_information_to_message,
+             delete_tavisys_movie_id_information>},
+    {"movie-ids-with-uuid", wire("6f1c2a52-3d0e-4b7a-9c55-0a1b2c3d4e5f", 7, IDS), ids_with_uuid},
+    {"videos", VIDEOS, videos},
+    {"videos-by-code", wire(1, "TV1993-0015", VIDEOS),
+     recoded<HDVIDEO_T, decode_hdvideos, encode_hdvideo_list_to_message, delete_hard_disk_videolist>},
+    {"mid-vid", wire(12, "15", "16"), mid_vid},
+    {"basic-movie", wire(48, 1, 171, "SN100001", "霸王别姬", "15", "2D"), basic_movie},
+    {"movie-path", wire("sda1", "TV1993-0015/videos/TV1993-0015.mkv"), movie_path},
+    {"player-status", wire(1, "TV1993-0015.mkv", "videos", 90, 10260, 0, 30, 15, 16, 1, 1),
+     recoded<TP_TAVISYS_PLAYER_STATUS_INFORMATION_T, decode_tavisys_player_status_information_from_message,
+             encode_tavisys_player_status_information_to_message, delete_tavisys_player_status_information>},
+};
 
 // ---- Both ends of the channel
 
@@ -183,7 +318,9 @@ private:
 };
 
 TEST(ProtocolExamples, EveryBlockOfTheDocumentIsHeldAgainstTheLibrary) {
-    std::set<std::string> covered;
+    std::set<std::string> covered = {"text-request", "text-reply"};
+    for (const auto &each : BODIES)
+        covered.insert(each.name);
     for (const EXAMPLE_T &each : EXAMPLES)
         covered.insert({each.reply, each.request != nullptr ? each.request : each.reply});
     std::set<std::string> shown;
@@ -216,6 +353,35 @@ TEST(ProtocolExamples, AServerReadsTheRequestsAndSendsTheReplies) {
         EXPECT_LT(0, deal_data_from_tavisys_msg_channel(pair.library(), answer));
         EXPECT_EQ(message(each.reply), pair.received());
     }
+}
+
+TEST(ProtocolExamples, WhatIsEncodedBesidesRepliesIsAsShown) {
+    for (const auto &each : BODIES) {
+        SCOPED_TRACE(each.name);
+        EXPECT_EQ(each.body, message(each.name));
+        EXPECT_EQ(each.body, each.recoded(each.body));
+    }
+    EXPECT_EQ(
+        CODES,
+        (recoded<TP_TAVISYS_MSGTYPE_REQUEST_MOVIE_INFO_ARGS_T, decode_movinfo_request_information_from_buffer,
+                 encode_movinfo_request_information_to_message,
+                 delete_tp_tavisys_movieinfo_request_information>(CODES)));
+}
+
+TEST(ProtocolExamples, TheTextHeadedChannelSendsAndReadsItsHeads) {
+    const PAIR_T pair(message("text-reply"));
+    PVOID body = nullptr;
+    INT32_T length = 0;
+    EXPECT_EQ(
+        0, exchange_data_in_net_communication_channel(pair.library(), 1000, nullptr, 0, &body, &length, 5));
+    EXPECT_EQ(message("text-request"), pair.received());
+    EXPECT_EQ("1.0.0", bytes(body, length));
+    safe_free(body);
+
+    const PAIR_T server("");
+    const TP_MESSAGE_HEAD head{1000, 0, 5};
+    EXPECT_EQ(24, send_data_to_net_communication_channel(server.library(), &head, 0, "1.0.0"));
+    EXPECT_EQ(message("text-reply"), server.received());
 }
 
 TEST(ProtocolExamples, ThePythonClientPrintsTheFirstPage) {
