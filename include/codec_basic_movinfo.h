@@ -34,10 +34,10 @@ typedef struct {
     BASIC_MOVIE_IDS_T *area_ids;       /**< area ids */
     BASIC_MOVIE_IDS_T *dimension_ids;  /**< dimension ids */
     BASIC_MOVIE_IDS_T *resolution_ids; /**< resolution ids */
-    INT8_T *hdsn;       /**< serial number of the hard disk that holds the movie, or its device name */
-    INT32_T index;      /**< tavisys-server: place in the whole result, from 1 */
-    INT32_T totalvideo; /**< number of videos; touch-screen form only, else 0 */
-    INT32_T duration;   /**< minutes; touch-screen form only, else 0 */
+    INT8_T *hdsn;                      /**< serial number of the hard disk that holds the movie */
+    INT32_T index;                     /**< tavisys-server: place in the whole result, from 1 */
+    INT32_T totalvideo;                /**< number of videos; touch-screen form only, else 0 */
+    INT32_T duration;                  /**< minutes; touch-screen form only, else 0 */
 } TP_TAVISYS_BASIC_MOVIE_INFORMATION_T;
 
 /** Node of a movie list. The node owns its record. */
@@ -204,7 +204,7 @@ TAVISYS_API RTSTATUS encode_movid_info_to_buffer(const INT8_T *uuid, INT32_T rid
 
 /** Decode a body (despite the name) with a uuid, an integer and a list of pairs (NULL for a count of 0).
  *  The caller frees the uuid with safe_free(), also when the call failed behind it, so clear *uuid
- *  before the call. The count is logged at INFO.
+ *  before the call; *rid may have been written by then, too. The count is logged at INFO.
  *  @return bytes consumed, or -1 with *info untouched: NULL argument, body cut short or malformed,
  *          memory short. */
 TAVISYS_API INT32_T decode_movid_info_to_buffer(const void *msgdata, INT32_T msglen, INT8_T **uuid,

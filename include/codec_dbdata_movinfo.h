@@ -219,14 +219,15 @@ add_node_to_tp_tavisys_dbdata_movie_information_list(TP_TAVISYS_DBDATA_MOVIE_INF
  *  behind the start of the one before as that one's video list is long, over its tail. Peers know the body
  *  of one movie only. For more use encode_tp_tavisys_dbdata_movie_information_list_to_message_packed().
  *
- *  @return 0, or -1 with a line on standard output and the out-arguments untouched: NULL argument, a movie
+ *  @return 0, or -1 with a line on standard output and the out-arguments untouched: NULL list, a movie
  *          whose `director_list`, `actor_list`, `year_list` or `video_list` is NULL (an empty one is a
- *          node without a record), memory short. */
+ *          node without a record), memory short. -1 without a line: NULL out-argument. */
 TAVISYS_API RTSTATUS encode_tp_tavisys_dbdata_movie_information_list_to_message(
     const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *list, PVOID *msgdata, INT32_T *msglen);
 
 /** As encode_tp_tavisys_dbdata_movie_information_list_to_message(), but several movies lie one behind the
- *  other, as the decoder reads them, and the length isn't told. For one movie both bodies are the same. */
+ *  other, as the decoder reads them, and neither the length nor any failure but a movie's missing list is
+ *  told. For one movie both bodies are the same. */
 TAVISYS_API RTSTATUS encode_tp_tavisys_dbdata_movie_information_list_to_message_packed(
     const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *list, PVOID *msgdata, INT32_T *msglen);
 
@@ -367,7 +368,8 @@ TAVISYS_API INT32_T encode_basic_movie_return(INT32_T index, INT32_T duration, c
                                               const INT8_T *name, const INT8_T *movsn,
                                               const INT8_T *dimension, PVOID *msgdata, INT32_T *msglen);
 /** Decode (despite the name) an integer and, unless it is 0, an answer, whose strings the caller frees with
- *  safe_free(), also those that were decoded before the call failed: clear them before the call.
+ *  safe_free(), also those that were decoded before the call failed: clear them before the call. The
+ *  integers may have been written by then, too.
  *  @param msglen [in] the address of the number of bytes in the body.
  *  @return bytes consumed (4 with all left as they were when the integer is 0), or -1: NULL argument,
  *          body cut short or malformed, memory short. */

@@ -52,8 +52,9 @@ TAVISYS_API INT32_T receive_data_from_tcp_socket(INT32_T sock, PVOID buffer, INT
  *  @param length  [in]  bytes wanted, at least 1.
  *  @param timeout [in]  as receive_data_from_tcp_socket() takes it.
  *  @return bytes received, also fewer than wanted when the stream ends or the time is up: of a text of up
- *          to 1 MiB any number, of a longer one about half at least. Else negative: -2 bad argument, -3
- *          memory short, -5 nothing came in time, connection lost, or too little of a long text. */
+ *          to 1 MiB any number, of a longer one at least the largest of 1, 2, 4, 8 ... MiB that is below
+ *          its length. Else negative: -2 bad argument, -3 memory short, -5 nothing came in time,
+ *          connection lost, or too little of a long text. */
 TAVISYS_API INT32_T receive_text_from_tcp_socket(INT32_T sock, INT8_T **text, INT32_T length,
                                                  INT32_T timeout);
 

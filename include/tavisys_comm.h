@@ -91,8 +91,8 @@ TAVISYS_API RTSTATUS parse_header_file(const INT8_T *msghead, TP_MESSAGE_HEAD *h
  *  @param head    [in] the head; its first 19 characters are sent, whatever the numbers are.
  *  @param headlen [in] ignored.
  *  @param body    [in] the head's `length` bytes; NULL sends the head alone.
- *  @return bytes sent (19 and the body's), or -1: NULL head, negative length, connection lost, peer too
- *          slow. */
+ *  @return bytes sent (19 and the body's), or -1: NULL head, connection lost, peer too slow, a negative
+ *          length with a body, whose head has gone out by then. */
 TAVISYS_API INT32_T send_data_to_net_communication_channel(INT32_T sock, const TP_MESSAGE_HEAD *head,
                                                            INT32_T headlen, const INT8_T *body);
 
@@ -104,7 +104,8 @@ TAVISYS_API INT32_T send_data_to_net_communication_channel(INT32_T sock, const T
  *  @param rcvmsg  [out] receives the reply body (NULL when there is none) with a NUL behind it, which the
  *                       caller frees with safe_free(); untouched on failure. When NULL, the reply body is
  *                       dropped. Surprise: a body that ends early is no failure, zeros stand for what is
- *                       missing; but of a body of more than 1 MiB about half has to come.
+ *                       missing; but of a body of more than 1 MiB at least the largest of 1, 2, 4, 8 ...
+ *                       MiB below its length has to come.
  *  @param rcvlen  [out] receives the length that the reply's head states; untouched on failure. May be
  *                       NULL.
  *  @param timeout [in]  seconds for the body, as receive_data_from_tcp_socket() takes them.
