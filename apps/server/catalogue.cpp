@@ -274,10 +274,13 @@ const MOVIE_T *CATALOGUE_T::movie(INT32_T mid) const {
 }
 
 std::span<const POSITION_T> CATALOGUE_T::movies_of(const INT8_T *code) const {
-    const auto code_of = [this](POSITION_T position) {
-        return std::string_view(record(position).info->movie_code);
-    };
-    return std::ranges::equal_range(by_code_, std::string_view(code), {}, code_of);
+    const auto code_of = [this](POSITION_T position) { return record(position).info->movie_code; };
+    const auto begin = std::partition_point(by_code_.begin(), by_code_.end(), [&](POSITION_T position) {
+        return strcmp(code_of(position), code) < 0;
+    });
+    const auto end = std::partition_point(
+        begin, by_code_.end(), [&](POSITION_T position) { return strcmp(code_of(position), code) == 0; });
+    return {begin, end};
 }
 
 PAGE_T CATALOGUE_T::page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request) const {
