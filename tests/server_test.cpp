@@ -389,6 +389,9 @@ TEST(Server, SaysInOneLineWhyItCannotStart) {
     fails({"--library", folder.path().string(), "--threads", "many"}, 2, "--threads");
     fails({"--library", folder.path().string(), "--log-level", "LOUD"}, 2, "--log-level");
     fails({"--library", folder.path().string(), "--name", ""}, 2, "--name");
+    for (const char *range :
+         {"", "10.0.0.0/33", "10.0.0.0/", "10.0.0/8", "10.0.0.0/8,", "10.0.0.0/-1", "::1"})
+        fails({"--library", folder.path().string(), "--allow", range}, 2, "--allow");
     fails({"--library", folder.path().string(), "--nonsense"}, 2, "--nonsense");
 
     const auto server = SERVER_PROCESS_T::serving(folder.path()); // without a document it serves, too

@@ -59,8 +59,8 @@ sigset_t watched_signals() {
 
 } // namespace
 
-INTAKE_T::INTAKE_T(int listener, WORKERS_T *workers, std::function<void()> reload)
-    : listener_(listener), workers_(workers), reload_(std::move(reload)) {}
+INTAKE_T::INTAKE_T(int listener, ACCESS_T access, WORKERS_T *workers, std::function<void()> reload)
+    : listener_(listener), access_(std::move(access)), workers_(workers), reload_(std::move(reload)) {}
 
 INTAKE_T::~INTAKE_T() {
     for (const PENDING_T &pending : pending_)
@@ -143,7 +143,8 @@ void INTAKE_T::accept_connections(size_t most) {
         }
         const int sock = monitor_tavisys_msg_channel(listener_);
         if (sock >= 0) {
-            admit(sock);
+            if (may_ask(sock))
+                admit(sock);
             continue;
         }
         if (errno != EAGAIN && errno != EWOULDBLOCK && !make_room()) {
@@ -164,6 +165,21 @@ void INTAKE_T::pause_accepting() {
 void INTAKE_T::resume_accepting(CLOCK_T::time_point now) {
     if (paused_ && now >= accept_again_)
         paused_ = !watch(listener_, false);
+}
+
+// Refuses who may not, before a byte is read.
+bool INTAKE_T::may_ask(int sock) {
+    sockaddr_in peer{};
+    socklen_t size = sizeof peer;
+    const bool known = getpeername(sock, reinterpret_cast<sockaddr *>(&peer), &size) == 0;
+    if (known && access_.allows(peer.sin_addr))
+        return true;
+    if (known) // else it has gone already
+        refusals_.count(peer.sin_addr);
+    const linger at_once{1, 0}; // nothing of it stays behind in the system, either
+    setsockopt(sock, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+    close_tavisys_msg_channel(sock);
+    return false;
 }
 
 // Most requests arrive with their connection: those go to the workers at once.

@@ -1,6 +1,6 @@
-// The server's front door: accepts connections and hands each to the workers once its request has
-// arrived whole, so that a peer that is silent, trickles or stops half-way holds no thread at all. Such a
-// peer is let go 2 seconds after it was accepted. Signals arrive here, too.
+// The server's front door: accepts the connections of those who may ask and hands each to the workers once
+// its request has arrived whole, so that a peer that is silent, trickles or stops half-way holds no thread at
+// all. Such a peer is let go 2 seconds after it was accepted. Signals arrive here, too.
 #ifndef TAVISYS_SERVER_INTAKE_H
 #define TAVISYS_SERVER_INTAKE_H
 
@@ -9,6 +9,7 @@
 #include <list>
 #include <unordered_map>
 
+#include "access.h"
 #include "workers.h"
 
 namespace server {
@@ -16,7 +17,7 @@ namespace server {
 class INTAKE_T {
 public:
     // `reload` is called for each SIGHUP.
-    INTAKE_T(int listener, WORKERS_T *workers, std::function<void()> reload);
+    INTAKE_T(int listener, ACCESS_T access, WORKERS_T *workers, std::function<void()> reload);
     INTAKE_T(const INTAKE_T &) = delete;
     INTAKE_T &operator=(const INTAKE_T &) = delete;
     ~INTAKE_T();
@@ -42,6 +43,7 @@ private:
     void pause_accepting();
     void resume_accepting(CLOCK_T::time_point now);
     bool make_room();
+    bool may_ask(int sock);
     void admit(int sock);
     void look_at(int sock, bool ended);
     static ARRIVAL_T arrival_of(int sock);
@@ -52,6 +54,8 @@ private:
     bool watch(int file, bool edge_triggered) const;
 
     int listener_;
+    const ACCESS_T access_;
+    REFUSALS_T refusals_;
     WORKERS_T *workers_;
     const std::function<void()> reload_;
     size_t most_connections_ = 0;

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <thread>
 
+#include "access.h"
 #include "identity.h"
 #include "intake.h"
 #include "log.h"
@@ -30,13 +31,18 @@ constexpr size_t LONGEST_NAME = 255;
 struct OPTIONS_T {
     std::string library;
     std::string name = "影柜";
+    std::string allowed = server::ACCESS_T::DEFAULT;
     unsigned threads = 2 * std::max(1U, std::thread::hardware_concurrency());
     std::string log_level;
 };
 
 void declare_options(CLI::App *app, OPTIONS_T *options) {
-    app->set_help_flag("-h,--help", "显示本帮助");
-    app->set_version_flag("--version", TAVISYS_VERSION, "显示版本号");
+    app->get_formatter()->label("Usage", "用法");
+    app->get_formatter()->label("OPTIONS", "选项");
+    app->get_formatter()->label("REQUIRED", "(必需)");
+    app->option_defaults()->group("选项");
+    app->set_help_flag("-h,--help", "显示本帮助")->group("选项");
+    app->set_version_flag("--version", TAVISYS_VERSION, "显示版本号")->group("选项");
     app->add_option("--library", options->library, "影片库目录, 其下为 硬盘/分区/.../metadata.xml")
         ->required()
         ->type_name("目录");
@@ -50,6 +56,13 @@ void declare_options(CLI::App *app, OPTIONS_T *options) {
         ->type_name("个数")
         ->capture_default_str()
         ->check(CLI::Range(1U, MOST_THREADS).description(""));
+    app->add_option("--allow", options->allowed, "允许哪些地址查询, 其他地址一律拒绝")
+        ->type_name("地址/位数,...")
+        ->capture_default_str()
+        ->check([](const std::string &ranges) {
+            const std::string wrong = server::ACCESS_T().read(ranges);
+            return wrong.empty() ? "" : wrong + "不是IPv4地址段";
+        });
     app->add_option("--log-level", options->log_level, "从哪一级起写日志")
         ->type_name("级别")
         ->check(CLI::IsMember({"DEBUG", "INFO", "NOTICE", "WARN", "ERROR", "FATAL"}, CLI::ignore_case)
@@ -97,7 +110,9 @@ int serve(const OPTIONS_T &options) {
     server::SCANNER_T scanner(options.library, identity.uuid,
                               std::max(1U, std::thread::hardware_concurrency()), &store);
     server::WORKERS_T workers(options.threads, server::handle_request);
-    server::INTAKE_T intake(listener, &workers, [&scanner] { scanner.rescan(); });
+    server::ACCESS_T access;
+    access.read(options.allowed);
+    server::INTAKE_T intake(listener, std::move(access), &workers, [&scanner] { scanner.rescan(); });
     if (!intake.open() || !workers.start())
         return fail(std::string("无法启动: ") + strerrordesc_np(errno));
 
