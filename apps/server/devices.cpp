@@ -10,6 +10,7 @@
 #include <memory>
 #include <string_view>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 #include "log.h"
 
@@ -66,12 +67,9 @@ public:
                                : mnt_table_find_mountpoint(mounts_.get(), folder.c_str(), MNT_ITER_BACKWARD);
         if (mount == nullptr || !is_of_library(text_or_empty(mnt_fs_get_target(mount))))
             return facts;
-        const char *device = mnt_fs_get_srcpath(mount);
-        struct stat status {};
-        if (device == nullptr || stat(device, &status) < 0 || !S_ISBLK(status.st_mode))
-            return facts; // a network's or none at all
-        facts.mount_point = mnt_fs_get_target(mount);
-        read_device(device, status.st_rdev, &facts);
+        read_device(mount, &facts);
+        if (!facts.uuid.empty() || !facts.serial.empty()) // else it is a network's or none at all
+            facts.mount_point = mnt_fs_get_target(mount);
         return facts;
     }
 
@@ -82,21 +80,33 @@ private:
                (target.size() == library_.size() || target[library_.size()] == '/');
     }
 
-    void read_device(const char *path, dev_t number, FACTS_T *facts) const {
-        if (udev_ != nullptr) {
-            const OWNED_T<udev_device, udev_device_unref> device(
-                udev_device_new_from_devnum(udev_.get(), 'b', number));
-            if (device != nullptr) {
-                facts->uuid = text_or_empty(udev_device_get_property_value(device.get(), "ID_FS_UUID"));
-                udev_device *disk = // the device's own, not to be released
-                    udev_device_get_parent_with_subsystem_devtype(device.get(), "block", "disk");
-                facts->serial = serial_of(disk == nullptr ? device.get() : disk);
-            }
-        }
-        if (facts->uuid.empty() && tags_ != nullptr) // without udevd, for whoever may read the device
-            facts->uuid = text_or_empty(mnt_cache_read_tags(tags_.get(), path) < 0
-                                            ? nullptr
-                                            : mnt_cache_find_tag_value(tags_.get(), path, "UUID"));
+    // The number of the block device. The mount table has it, but for file systems that may span several
+    // devices, where only the one that was mounted tells.
+    static dev_t device_of(libmnt_fs *mount) {
+        const dev_t number = mnt_fs_get_devno(mount);
+        const char *path = mnt_fs_get_srcpath(mount);
+        struct stat status {};
+        if (major(number) == 0 && path != nullptr && stat(path, &status) == 0 && S_ISBLK(status.st_mode))
+            return status.st_rdev;
+        return number;
+    }
+
+    void read_device(libmnt_fs *mount, FACTS_T *facts) const {
+        const dev_t number = device_of(mount);
+        if (udev_ == nullptr || major(number) == 0)
+            return;
+        const OWNED_T<udev_device, udev_device_unref> device(
+            udev_device_new_from_devnum(udev_.get(), 'b', number));
+        if (device == nullptr)
+            return;
+        udev_device *disk = // the device's own, not to be released
+            udev_device_get_parent_with_subsystem_devtype(device.get(), "block", "disk");
+        facts->serial = serial_of(disk == nullptr ? device.get() : disk);
+        facts->uuid = text_or_empty(udev_device_get_property_value(device.get(), "ID_FS_UUID"));
+        const char *path = mnt_fs_get_srcpath(mount);
+        if (facts->uuid.empty() && path != nullptr && tags_ != nullptr &&
+            mnt_cache_read_tags(tags_.get(), path) >= 0) // without udevd, for whoever may read the device
+            facts->uuid = text_or_empty(mnt_cache_find_tag_value(tags_.get(), path, "UUID"));
     }
 
     const std::string &library_;
