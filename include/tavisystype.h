@@ -90,10 +90,11 @@ typedef enum TAVISYS_32_BITS {
 /** What tavisys-server answers when it can't answer: the result in the head of its reply. They stay
  *  clear of the transport codes of tp_trlv.h, so that a caller can tell who said no. */
 typedef enum TAVISYS_32_BITS {
-    TAVISYS_RESULT_UNKNOWN_TYPE = -101,  /**< a message type that the server doesn't answer */
-    TAVISYS_RESULT_BAD_REQUEST = -102,   /**< a body of the wrong length, or a value out of range */
-    TAVISYS_RESULT_NO_SUCH_MOVIE = -103, /**< no movie of that id in that category */
-    TAVISYS_RESULT_SERVER_ERROR = -104   /**< the server is short of memory or can't encode its reply */
+    TAVISYS_RESULT_UNKNOWN_TYPE = -101,    /**< a message type that the server doesn't answer */
+    TAVISYS_RESULT_BAD_REQUEST = -102,     /**< a body of the wrong length, or a value out of range */
+    TAVISYS_RESULT_NO_SUCH_MOVIE = -103,   /**< no movie of that id in that category */
+    TAVISYS_RESULT_SERVER_ERROR = -104,    /**< the server is short of memory or can't encode its reply */
+    TAVISYS_RESULT_NO_SUCH_POSITION = -105 /**< no disk or partition of that name */
 } TAVISYS_RESULT_E;
 
 /* The request records. They travel byte for byte as they lie in memory: little-endian, without

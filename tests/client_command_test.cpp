@@ -80,6 +80,9 @@ const std::string DETAILS =
     wire("霸王别姬", 1993, 1, 2, "2D", "b.jpg", 1, "导演", 1, "陈凯歌", 1, "主演", 2, "张国荣", "巩俐", 0, 1,
          "时长", "171分钟", 1, nullptr, "霸王与虞姬\n", 1, 1, 5, 1, "霸王别姬", "v.mkv");
 
+const std::string DISKS =
+    wire(2, "sda", "S1", 2, 1, "sda1", "u-1", "/mnt", 2, "sda2", nullptr, nullptr) + wire("sdb", nullptr, 0);
+
 // A cabinet of two movies; its filter lists are the same for every category.
 ANSWER_T answer(const REQUEST_T &request) {
     static const std::map<REQUEST_T, std::string> ANSWERS{
@@ -93,6 +96,10 @@ ANSWER_T answer(const REQUEST_T &request) {
         {{1005, wire(4)}, wire(3, 1, "全部", 2, "2D", 3, "3D")},
         {{1006, ""}, wire(1, 24, 1, 2, 2, 2, FAREWELL, ODD)},
         {{1007, ""}, DETAILS},
+        {{1008, ""}, "sda/sda1/posters/\033.jpg"},
+        {{3000, ""}, DISKS},
+        {{3002, ""}, wire(513)},
+        {{5006, ""}, wire(1, 24, 1, 2, 2, 2, FAREWELL, 3, 171, ODD, 0, 0)},
         {{3004, ""}, std::string("3d1219c7\0", 9)}};
     return {0, ANSWERS.at({request.first, request.first == 1005 ? request.second.substr(0, 4) : ""})};
 }
@@ -201,6 +208,15 @@ TEST(ClientCommand, EachShowsItsAnswerAlignedOrAsJsonWithTheFieldsOfTheRecords) 
         {"uuid", "3d1219c7\n", R"({"uuid": "3d1219c7"})"},
         {"categories", "编号  分类    影片数\n   1  电影        16\n   2  电视剧       4\n",
          R"({"list": [{"id": 1, "name": "电影", "movies": 16}, {"id": 2, "name": "电视剧", "movies": 4}]})"},
+        {"poster", "sda/sda1/posters/␛.jpg\n", R"({"poster": "sda/sda1/posters/\u001b.jpg"})"},
+        {"disks 127.0.0.1",
+         "硬盘  序列号  序号  分区  UUID  挂载点\nsda   S1         1  sda1  u-1   /mnt\n"
+         "sda   S1         2  sda2  -     -\nsdb   -          -  -     -     -\n",
+         R"({"list": [{"devname": "sda", "serialno": "S1", "list": [
+                {"seqno": 1, "devname": "sda1", "uuid": "u-1", "mntp": "/mnt"},
+                {"seqno": 2, "devname": "sda2", "uuid": null, "mntp": null}]},
+             {"devname": "sdb", "serialno": null, "list": []}]})"},
+        {"count 127.0.0.1 sda sda1", "影片数  513\n", R"({"movies": 513})"},
         {"filters 电影 year", "编号  年代\n   8  1993\n1993  2001\n",
          R"({"list": [{"id": 8, "name": "1993"}, {"id": 1993, "name": "2001"}]})"},
         {"movie 0 8",
@@ -231,8 +247,17 @@ TEST(ClientCommand, MoviesAreShownWithNamesForIdsAndSignsForControlsCutToTheTerm
               "   9  a␛[2J…  7     -       -     99    77       -  -           20231399\n"
               "第1页,共1页,2部影片\n",
               run_on_terminal("movies", 72).output);
+    expect_run(
+        "touch --order score", 0,
+        "编号  片名      分类  类型        地区  年代  维度  评分  上架        上映        视频数     时长\n"
+        "   8  霸王别姬  电影  剧情、历史  香港  1993  2D     8.1  2023-01-01  1993-01-01       3  171分钟\n"
+        "   9  a␛[2J␊b\uFFFD  7     -           -     99    77       -  -           20231399         0       "
+        " -\n"
+        "第1页,共1页,2部影片\n");
+    EXPECT_EQ(171, nlohmann::json::parse(run("touch --json").output)["list"][0]["duration"]);
     const auto page = nlohmann::json::parse(run("movies --json").output);
     EXPECT_EQ(2, page["pageinfo"]["totalmovies"]);
+    EXPECT_FALSE(page["list"][0].contains("duration"));
     EXPECT_EQ(R"([1, 3, 13])"_json, page["list"][0]["kind_ids"]);
     EXPECT_EQ("a\033[2J\nb\uFFFD", page["list"][1]["movname"]);
 }
@@ -306,6 +331,10 @@ TEST(ClientCommand, BadUsageIsToldInChineseBeforeAnythingIsAsked) {
     expect_run("movies --page", 2, "选项 --page 的值缺失或多余\n");
     expect_run("movies --json=1", 2, "选项 --json 的值缺失或多余\n");
     expect_run("movies --order best", 2, "--order: 应为put、publish、score、name之一");
+    for (const char *host : {"localhost", "127.1", "::1", "''"})
+        expect_run(std::string("disks ") + host, 2, "地址: 应为点分十进制的IPv4地址");
+    for (const char *names : {"'' sda1", "sda sda4567890123456"})
+        expect_run(std::string("count 127.0.0.1 ") + names, 2, "应为1到15个字节的设备名");
     expect_run("movies --kind 99999999999", 2, "编号不能大于2147483647");
     server.reset();
     EXPECT_TRUE(requests.empty());
@@ -322,13 +351,18 @@ TEST(ClientCommand, HelpIsInChinese) {
 }
 
 TEST(ClientCommand, ANoIsToldFromNobodyThereAndFromAnswersThatMakeNoSense) {
-    const char *const commands[] = {"version",    "info",   "status",    "status --watch", "uuid",
-                                    "categories", "movies", "movie 1 1", "filters 1 kind"};
+    const char *const commands[] = {"version",        "info",       "status",         "status --watch",
+                                    "uuid",           "categories", "movies",         "movie 1 1",
+                                    "filters 1 kind", "touch",      "disks 127.0.0.1"};
+    for (const char *arguments : {"poster", "count 127.0.0.1 sda sda1"})
+        expect_run(arguments, 1, "无法连接影柜服务器(127.0.0.1:40001)");
+    expect_run("disks 127.0.0.2", 1, "无法连接影柜服务器(127.0.0.2:40001)");
     for (const char *arguments : commands)
         expect_run(arguments, 1, "无法连接影柜服务器(127.0.0.1:40001),请确认 tavisys-server 正在运行\n");
     const std::pair<ANSWER_T, const char *> cases[] = {
         {{-101, ""}, "影柜服务器拒绝了请求: 不支持这种查询(结果-101)\n"},
         {{-103, ""}, "影柜服务器拒绝了请求: 该分类下没有这个编号的影片(结果-103)\n"},
+        {{-105, ""}, "影柜服务器拒绝了请求: 没有这个硬盘或分区(结果-105)\n"},
         {{20, wire(1)}, "影柜服务器拒绝了请求(结果20)\n"},
         {{-1, ""}, "影柜服务器拒绝了请求,或其回答无法解读(结果-1)\n"},
         {{0, "abc"}, "无法解读"},
@@ -339,6 +373,9 @@ TEST(ClientCommand, ANoIsToldFromNobodyThereAndFromAnswersThatMakeNoSense) {
         for (const char *arguments : commands)
             expect_run(arguments, 1, message);
     }
+    const SERVER_T server{always({0, ""})};
+    expect_run("poster", 1, "影柜服务器目前没有海报\n");
+    expect_run("count 127.0.0.1 sda sda1", 1, "无法解读");
 }
 
 TEST(ClientWatch, ShowsEachChangeUntilTheScanIsDone) {
