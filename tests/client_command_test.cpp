@@ -10,6 +10,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -83,6 +84,11 @@ const std::string DETAILS =
 const std::string DISKS =
     wire(2, "sda", "S1", 2, 1, "sda1", "u-1", "/mnt", 2, "sda2", nullptr, nullptr) + wire("sdb", nullptr, 0);
 
+// A movie of a partition, around its code.
+const std::string RECORD = wire(8);
+const std::string RECORD_TAIL = wire("霸王别姬", nullptr, nullptr, nullptr, 0, 0, 0, 0, 0, 0, 0, 0) +
+                                wire(0, 0, 0, 0, 0, nullptr, 0, 1, 5, 1, "v", "v.mkv", nullptr);
+
 // A cabinet of two movies; its filter lists are the same for every category.
 ANSWER_T answer(const REQUEST_T &request) {
     static const std::map<REQUEST_T, std::string> ANSWERS{
@@ -99,6 +105,7 @@ ANSWER_T answer(const REQUEST_T &request) {
         {{1008, ""}, "sda/sda1/posters/\033.jpg"},
         {{3000, ""}, DISKS},
         {{3002, ""}, wire(513)},
+        {{3003, ""}, wire(2, RECORD, nullptr, RECORD_TAIL, RECORD, "a/b", RECORD_TAIL)},
         {{5006, ""}, wire(1, 24, 1, 2, 2, 2, FAREWELL, 3, 171, ODD, 0, 0)},
         {{3004, ""}, std::string("3d1219c7\0", 9)}};
     return {0, ANSWERS.at({request.first, request.first == 1005 ? request.second.substr(0, 4) : ""})};
@@ -262,6 +269,38 @@ TEST(ClientCommand, MoviesAreShownWithNamesForIdsAndSignsForControlsCutToTheTerm
     EXPECT_EQ("a\033[2J\nb\uFFFD", page["list"][1]["movname"]);
 }
 
+TEST(ClientCommand, FetchedMoviesBecomeDocumentsAndThoseThatCannotAreTold) {
+    std::string folder = (std::filesystem::temp_directory_path() / "tavisys-test-XXXXXX").string();
+    ASSERT_NE(nullptr, mkdtemp(folder.data()));
+    const std::string command = "fetch 127.0.0.1 sda sda1 --out " + folder;
+    const std::string place = folder + "/sda/sda1";
+    const std::string missing = "跳过影片“”(编号8): 没有影片编码\n";
+    auto server = std::make_unique<SERVER_T>(answer);
+    const RUN_T got = run(command);
+    EXPECT_EQ(1, got.status);
+    EXPECT_EQ("目录    " + place + "\n影片数  2\n已写入  1\n已跳过  1\n", got.output);
+    EXPECT_EQ(missing, got.errors);
+    EXPECT_EQ(std::string(128, '\0') + "sda" + std::string(13, '\0') + "sda1" + std::string(12, '\0'),
+              requests.back().second);
+    EXPECT_TRUE(std::filesystem::exists(place + "/a%2Fb/metadata.xml"));
+    const TERMINAL_T terminal = open_terminal(80);
+    const std::string json = run(command + " --json 2>" + ttyname(terminal.client)).output;
+    close(terminal.client);
+    EXPECT_EQ((nlohmann::json{{"folder", place},
+                              {"movies", 2},
+                              {"written", 1},
+                              {"skipped", {{{"mid", 8}, {"movcode", nullptr}, {"reason", "没有影片编码"}}}}}),
+              nlohmann::json::parse(json));
+    const std::string half(20, '#');
+    EXPECT_EQ(missing + "\r\033[K写入影片 [" + half + std::string(20, '.') +
+                  "]  50% 1/2 失败1\r\033[K写入影片 [" + half + half + "] 100% 2/2 失败1\n",
+              read_to_end(terminal.screen));
+    server.reset();
+    server = std::make_unique<SERVER_T>(always({0, wire(1, RECORD, "c", RECORD_TAIL)}));
+    expect_run(command, 0, "目录    " + place + "\n影片数  1\n已写入  1\n已跳过  0\n");
+    std::filesystem::remove_all(folder);
+}
+
 TEST(ClientCommand, IdsStandWhereTheirListsAreNotToBeHad) {
     const SERVER_T server{[](const REQUEST_T &request) {
         return request.first == 1006 ? ANSWER_T{0, wire(1, 24, 1, 1, 1, 1, FAREWELL)} : ANSWER_T{-104, ""};
@@ -335,6 +374,8 @@ TEST(ClientCommand, BadUsageIsToldInChineseBeforeAnythingIsAsked) {
         expect_run(std::string("disks ") + host, 2, "地址: 应为点分十进制的IPv4地址");
     for (const char *names : {"'' sda1", "sda sda4567890123456"})
         expect_run(std::string("count 127.0.0.1 ") + names, 2, "应为1到15个字节的设备名");
+    for (const char *names : {"sda ..", ". sda1", "/sda sda1", "sda a/b"})
+        expect_run(std::string("fetch 127.0.0.1 ") + names, 2, "将用作目录名");
     expect_run("movies --kind 99999999999", 2, "编号不能大于2147483647");
     server.reset();
     EXPECT_TRUE(requests.empty());
@@ -351,9 +392,10 @@ TEST(ClientCommand, HelpIsInChinese) {
 }
 
 TEST(ClientCommand, ANoIsToldFromNobodyThereAndFromAnswersThatMakeNoSense) {
-    const char *const commands[] = {"version",        "info",       "status",         "status --watch",
-                                    "uuid",           "categories", "movies",         "movie 1 1",
-                                    "filters 1 kind", "touch",      "disks 127.0.0.1"};
+    const char *const commands[] = {
+        "version",        "info",       "status",          "status --watch",
+        "uuid",           "categories", "movies",          "movie 1 1",
+        "filters 1 kind", "touch",      "disks 127.0.0.1", "fetch 127.0.0.1 sda sda1"};
     for (const char *arguments : {"poster", "count 127.0.0.1 sda sda1"})
         expect_run(arguments, 1, "无法连接影柜服务器(127.0.0.1:40001)");
     expect_run("disks 127.0.0.2", 1, "无法连接影柜服务器(127.0.0.2:40001)");

@@ -71,6 +71,11 @@ std::string is_device_name(const std::string &value) {
     return fill(messages::NOT_A_DEVICE_NAME, {std::to_string(LONGEST), value});
 }
 
+std::string is_folder_name(const std::string &value) {
+    const bool leads_elsewhere = value == "." || value == ".." || value.find('/') != std::string::npos;
+    return leads_elsewhere ? fill(messages::NOT_A_FOLDER_NAME, {value}) : "";
+}
+
 // The name is read back without the blanks around it, by programs that show it in one line.
 std::string is_player_name(const std::string &value) {
     constexpr std::size_t LONGEST = 1023; // bytes
@@ -213,6 +218,16 @@ void declare_position(CLI::App &app, ARGUMENTS_T &arguments) {
     add_argument(app, messages::ARGUMENT_DISK, arguments.disk, messages::HELP_DISK)->check(is_device_name);
     add_argument(app, messages::ARGUMENT_PARTITION, arguments.partition, messages::HELP_PARTITION)
         ->check(is_device_name);
+}
+
+// The two names become folders as well.
+void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_position(app, arguments);
+    for (const char *name : {messages::ARGUMENT_DISK, messages::ARGUMENT_PARTITION})
+        app.get_option(name)->check(is_folder_name);
+    app.add_option("--out", arguments.library, messages::HELP_OUT)
+        ->option_text(messages::VALUE_FOLDER)
+        ->default_str(arguments.library);
 }
 
 INT32_T order_by(const std::string &word) {

@@ -33,6 +33,7 @@ struct ARGUMENTS_T {
     std::string host; // dotted IPv4
     std::string disk;
     std::string partition;
+    std::string library = ".";
 };
 
 // The options of a command, beside --help and --json, which all of them have.
@@ -43,6 +44,7 @@ void declare_movie(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_name(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_host(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_position(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments);
 
 // The TP_ORDER_BY_E that the command line calls so, which has been checked.
 INT32_T order_by(const std::string &word);

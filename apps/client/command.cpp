@@ -20,6 +20,7 @@ constexpr COMMAND_T COMMANDS[] = {
     {"name", messages::HELP_NAME, declare_name, run_name},
     {"disks", messages::HELP_DISKS, declare_host, run_disks},
     {"count", messages::HELP_COUNT, declare_position, run_count},
+    {"fetch", messages::HELP_FETCH, declare_fetch, run_fetch},
 };
 
 } // namespace

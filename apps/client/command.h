@@ -39,6 +39,7 @@ std::string run_poster(const ARGUMENTS_T &arguments, int width);
 // Another server's disks
 std::string run_disks(const ARGUMENTS_T &arguments, int width);
 std::string run_count(const ARGUMENTS_T &arguments, int width);
+std::string run_fetch(const ARGUMENTS_T &arguments, int width);
 
 } // namespace client
 

@@ -24,6 +24,7 @@
 //   name        {"name"}; with set the one that is now in force
 //   disks       {"list": [{"devname", "serialno", "list": [{"seqno", "devname", "uuid", "mntp"}, ...]}, ...]}
 //   count       {"movies"}
+//   fetch       {"folder", "movies", "written", "skipped": [{"mid", "movcode", "reason"}, ...]}
 #include "json.h"
 
 #include <nlohmann/json.hpp>
@@ -205,6 +206,18 @@ std::string to_json(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *disks) {
     JSON_T list = JSON_T::array();
     for_each_node(disks, [&list](const auto &node) { list.push_back(disk(node)); });
     return write({{"list", list}});
+}
+
+std::string to_json(const FETCHED_T &fetched) {
+    JSON_T skipped = JSON_T::array();
+    for (const SKIPPED_MOVIE_T &movie : fetched.skipped)
+        skipped.push_back({{"mid", movie.mid},
+                           {"movcode", movie.movcode.has_value() ? JSON_T(*movie.movcode) : JSON_T(nullptr)},
+                           {"reason", movie.reason}});
+    return write({{"folder", fetched.folder},
+                  {"movies", fetched.movies},
+                  {"written", fetched.written},
+                  {"skipped", skipped}});
 }
 
 std::string uuid_to_json(const std::string &uuid) {

@@ -170,4 +170,11 @@ INT32_T fetch_movie_count(const POSITION_T &position) {
     return count;
 }
 
+MOVIE_RECORDS_T fetch_movie_records(const POSITION_T &position) {
+    return fetch_counted_list<MOVIE_RECORDS_T>(position.host, [&](auto **list) {
+        return tavisysapi_get_movie_metadata_from_server(position.host.c_str(), position.disk.c_str(),
+                                                         position.partition.c_str(), list);
+    });
+}
+
 } // namespace client

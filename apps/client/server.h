@@ -31,6 +31,8 @@ using PAGE_T = OWNED_T<TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T, delete_tavisys_
 using MOVIE_T = OWNED_T<TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T, release_tavisys_detail_movie_information>;
 
 using DISKS_T = OWNED_T<TP_TAVISYS_HARDDISK_INFORMATION_LIST_T, release_tavisys_harddisk_information_list>;
+using MOVIE_RECORDS_T =
+    OWNED_T<TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T, delete_tp_tavisys_dbdata_movie_information_list>;
 
 // A touch screen's page tells of each movie how many videos it has and how long it runs, too.
 enum class PAGE_FORM_T { PLAIN, TOUCH };
@@ -56,6 +58,7 @@ struct POSITION_T {
 // These ask the server at that address.
 DISKS_T fetch_disks(const std::string &host);
 INT32_T fetch_movie_count(const POSITION_T &position);
+MOVIE_RECORDS_T fetch_movie_records(const POSITION_T &position);
 
 // Calls visit(node) for each node of a list, those without a record left out.
 template <class NODE, class VISIT>

@@ -1,9 +1,12 @@
-// The commands that ask another server about its disks: disks, count.
+// The commands that ask another server about its disks: disks, count, fetch.
 #include "command.h"
+#include "error.h"
+#include "fetched.h"
 #include "json.h"
 #include "messages.h"
 #include "server.h"
 #include "table.h"
+#include "terminal.h"
 #include "text.h"
 
 namespace client {
@@ -31,6 +34,14 @@ void add_disk(TABLE_T &table, const DISK_NODE_T &disk) {
     });
 }
 
+std::string show_fetched(const FETCHED_T &fetched, int width) {
+    return lay_out_fields({{messages::FOLDER, fetched.folder},
+                           {messages::MOVIES, std::to_string(fetched.movies)},
+                           {messages::WRITTEN, std::to_string(fetched.written)},
+                           {messages::SKIPPED, std::to_string(fetched.skipped.size())}},
+                          width);
+}
+
 } // namespace
 
 std::string run_disks(const ARGUMENTS_T &arguments, int width) {
@@ -53,6 +64,18 @@ std::string run_count(const ARGUMENTS_T &arguments, int width) {
     if (arguments.json)
         return movie_count_to_json(movies);
     return lay_out_fields({{messages::MOVIES, std::to_string(movies)}}, width);
+}
+
+// Folders are made for what the server has, not for what it has been asked for.
+std::string run_fetch(const ARGUMENTS_T &arguments, int width) {
+    const MOVIE_RECORDS_T records = fetch_movie_records(position_of(arguments));
+    const LIBRARY_FOLDER_T folder{arguments.library, arguments.disk, arguments.partition};
+    const FETCHED_T fetched = write_documents(records.get(), folder);
+    std::string answer = arguments.json ? to_json(fetched) : show_fetched(fetched, width);
+    if (fetched.skipped.empty())
+        return answer;
+    write_output(answer);
+    throw CLIENT_ERROR_T(EXIT_FAILED, ""); // a line for each movie has told it
 }
 
 } // namespace client
