@@ -10,6 +10,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -80,6 +81,14 @@ const std::string DETAILS =
     wire("霸王别姬", 1993, 1, 2, "2D", "b.jpg", 1, "导演", 1, "陈凯歌", 1, "主演", 2, "张国荣", "巩俐", 0, 1,
          "时长", "171分钟", 1, nullptr, "霸王与虞姬\n", 1, 1, 5, 1, "霸王别姬", "v.mkv");
 
+const std::string DISKS =
+    wire(2, "sda", "S1", 2, 1, "sda1", "u-1", "/mnt", 2, "sda2", nullptr, nullptr) + wire("sdb", nullptr, 0);
+
+// A movie of a partition, around its code.
+const std::string RECORD = wire(8);
+const std::string RECORD_TAIL = wire("霸王别姬", nullptr, nullptr, nullptr, 0, 0, 0, 0, 0, 0, 0, 0) +
+                                wire(0, 0, 0, 0, 0, nullptr, 0, 1, 5, 1, "v", "v.mkv", nullptr);
+
 // A cabinet of two movies; its filter lists are the same for every category.
 ANSWER_T answer(const REQUEST_T &request) {
     static const std::map<REQUEST_T, std::string> ANSWERS{
@@ -93,6 +102,11 @@ ANSWER_T answer(const REQUEST_T &request) {
         {{1005, wire(4)}, wire(3, 1, "全部", 2, "2D", 3, "3D")},
         {{1006, ""}, wire(1, 24, 1, 2, 2, 2, FAREWELL, ODD)},
         {{1007, ""}, DETAILS},
+        {{1008, ""}, "sda/sda1/posters/\033.jpg"},
+        {{3000, ""}, DISKS},
+        {{3002, ""}, wire(513)},
+        {{3003, ""}, wire(2, RECORD, nullptr, RECORD_TAIL, RECORD, "a/b", RECORD_TAIL)},
+        {{5006, ""}, wire(1, 24, 1, 2, 2, 2, FAREWELL, 3, 171, ODD, 0, 0)},
         {{3004, ""}, std::string("3d1219c7\0", 9)}};
     return {0, ANSWERS.at({request.first, request.first == 1005 ? request.second.substr(0, 4) : ""})};
 }
@@ -201,6 +215,15 @@ TEST(ClientCommand, EachShowsItsAnswerAlignedOrAsJsonWithTheFieldsOfTheRecords) 
         {"uuid", "3d1219c7\n", R"({"uuid": "3d1219c7"})"},
         {"categories", "编号  分类    影片数\n   1  电影        16\n   2  电视剧       4\n",
          R"({"list": [{"id": 1, "name": "电影", "movies": 16}, {"id": 2, "name": "电视剧", "movies": 4}]})"},
+        {"poster", "sda/sda1/posters/␛.jpg\n", R"({"poster": "sda/sda1/posters/\u001b.jpg"})"},
+        {"disks 127.0.0.1",
+         "硬盘  序列号  序号  分区  UUID  挂载点\nsda   S1         1  sda1  u-1   /mnt\n"
+         "sda   S1         2  sda2  -     -\nsdb   -          -  -     -     -\n",
+         R"({"list": [{"devname": "sda", "serialno": "S1", "list": [
+                {"seqno": 1, "devname": "sda1", "uuid": "u-1", "mntp": "/mnt"},
+                {"seqno": 2, "devname": "sda2", "uuid": null, "mntp": null}]},
+             {"devname": "sdb", "serialno": null, "list": []}]})"},
+        {"count 127.0.0.1 sda sda1", "影片数  513\n", R"({"movies": 513})"},
         {"filters 电影 year", "编号  年代\n   8  1993\n1993  2001\n",
          R"({"list": [{"id": 8, "name": "1993"}, {"id": 1993, "name": "2001"}]})"},
         {"movie 0 8",
@@ -231,10 +254,51 @@ TEST(ClientCommand, MoviesAreShownWithNamesForIdsAndSignsForControlsCutToTheTerm
               "   9  a␛[2J…  7     -       -     99    77       -  -           20231399\n"
               "第1页,共1页,2部影片\n",
               run_on_terminal("movies", 72).output);
+    expect_run(
+        "touch --order score", 0,
+        "编号  片名      分类  类型        地区  年代  维度  评分  上架        上映        视频数     时长\n"
+        "   8  霸王别姬  电影  剧情、历史  香港  1993  2D     8.1  2023-01-01  1993-01-01       3  171分钟\n"
+        "   9  a␛[2J␊b\uFFFD  7     -           -     99    77       -  -           20231399         0       "
+        " -\n"
+        "第1页,共1页,2部影片\n");
+    EXPECT_EQ(171, nlohmann::json::parse(run("touch --json").output)["list"][0]["duration"]);
     const auto page = nlohmann::json::parse(run("movies --json").output);
     EXPECT_EQ(2, page["pageinfo"]["totalmovies"]);
+    EXPECT_FALSE(page["list"][0].contains("duration"));
     EXPECT_EQ(R"([1, 3, 13])"_json, page["list"][0]["kind_ids"]);
     EXPECT_EQ("a\033[2J\nb\uFFFD", page["list"][1]["movname"]);
+}
+
+TEST(ClientCommand, FetchedMoviesBecomeDocumentsAndThoseThatCannotAreTold) {
+    std::string folder = (std::filesystem::temp_directory_path() / "tavisys-test-XXXXXX").string();
+    ASSERT_NE(nullptr, mkdtemp(folder.data()));
+    const std::string command = "fetch 127.0.0.1 sda sda1 --out " + folder;
+    const std::string place = folder + "/sda/sda1";
+    const std::string missing = "跳过影片“”(编号8): 没有影片编码\n";
+    auto server = std::make_unique<SERVER_T>(answer);
+    const RUN_T got = run(command);
+    EXPECT_EQ(1, got.status);
+    EXPECT_EQ("目录    " + place + "\n影片数  2\n已写入  1\n已跳过  1\n", got.output);
+    EXPECT_EQ(missing, got.errors);
+    EXPECT_EQ(std::string(128, '\0') + "sda" + std::string(13, '\0') + "sda1" + std::string(12, '\0'),
+              requests.back().second);
+    EXPECT_TRUE(std::filesystem::exists(place + "/a%2Fb/metadata.xml"));
+    const TERMINAL_T terminal = open_terminal(80);
+    const std::string json = run(command + " --json 2>" + ttyname(terminal.client)).output;
+    close(terminal.client);
+    EXPECT_EQ((nlohmann::json{{"folder", place},
+                              {"movies", 2},
+                              {"written", 1},
+                              {"skipped", {{{"mid", 8}, {"movcode", nullptr}, {"reason", "没有影片编码"}}}}}),
+              nlohmann::json::parse(json));
+    const std::string half(20, '#');
+    EXPECT_EQ(missing + "\r\033[K写入影片 [" + half + std::string(20, '.') +
+                  "]  50% 1/2 失败1\r\033[K写入影片 [" + half + half + "] 100% 2/2 失败1\n",
+              read_to_end(terminal.screen));
+    server.reset();
+    server = std::make_unique<SERVER_T>(always({0, wire(1, RECORD, "c", RECORD_TAIL)}));
+    expect_run(command, 0, "目录    " + place + "\n影片数  1\n已写入  1\n已跳过  0\n");
+    std::filesystem::remove_all(folder);
 }
 
 TEST(ClientCommand, IdsStandWhereTheirListsAreNotToBeHad) {
@@ -306,6 +370,12 @@ TEST(ClientCommand, BadUsageIsToldInChineseBeforeAnythingIsAsked) {
     expect_run("movies --page", 2, "选项 --page 的值缺失或多余\n");
     expect_run("movies --json=1", 2, "选项 --json 的值缺失或多余\n");
     expect_run("movies --order best", 2, "--order: 应为put、publish、score、name之一");
+    for (const char *host : {"localhost", "127.1", "::1", "''"})
+        expect_run(std::string("disks ") + host, 2, "地址: 应为点分十进制的IPv4地址");
+    for (const char *names : {"'' sda1", "sda sda4567890123456"})
+        expect_run(std::string("count 127.0.0.1 ") + names, 2, "应为1到15个字节的设备名");
+    for (const char *names : {"sda ..", ". sda1", "/sda sda1", "sda a/b"})
+        expect_run(std::string("fetch 127.0.0.1 ") + names, 2, "将用作目录名");
     expect_run("movies --kind 99999999999", 2, "编号不能大于2147483647");
     server.reset();
     EXPECT_TRUE(requests.empty());
@@ -322,13 +392,19 @@ TEST(ClientCommand, HelpIsInChinese) {
 }
 
 TEST(ClientCommand, ANoIsToldFromNobodyThereAndFromAnswersThatMakeNoSense) {
-    const char *const commands[] = {"version",    "info",   "status",    "status --watch", "uuid",
-                                    "categories", "movies", "movie 1 1", "filters 1 kind"};
+    const char *const commands[] = {
+        "version",        "info",       "status",          "status --watch",
+        "uuid",           "categories", "movies",          "movie 1 1",
+        "filters 1 kind", "touch",      "disks 127.0.0.1", "fetch 127.0.0.1 sda sda1"};
+    for (const char *arguments : {"poster", "count 127.0.0.1 sda sda1"})
+        expect_run(arguments, 1, "无法连接影柜服务器(127.0.0.1:40001)");
+    expect_run("disks 127.0.0.2", 1, "无法连接影柜服务器(127.0.0.2:40001)");
     for (const char *arguments : commands)
         expect_run(arguments, 1, "无法连接影柜服务器(127.0.0.1:40001),请确认 tavisys-server 正在运行\n");
     const std::pair<ANSWER_T, const char *> cases[] = {
         {{-101, ""}, "影柜服务器拒绝了请求: 不支持这种查询(结果-101)\n"},
         {{-103, ""}, "影柜服务器拒绝了请求: 该分类下没有这个编号的影片(结果-103)\n"},
+        {{-105, ""}, "影柜服务器拒绝了请求: 没有这个硬盘或分区(结果-105)\n"},
         {{20, wire(1)}, "影柜服务器拒绝了请求(结果20)\n"},
         {{-1, ""}, "影柜服务器拒绝了请求,或其回答无法解读(结果-1)\n"},
         {{0, "abc"}, "无法解读"},
@@ -339,6 +415,9 @@ TEST(ClientCommand, ANoIsToldFromNobodyThereAndFromAnswersThatMakeNoSense) {
         for (const char *arguments : commands)
             expect_run(arguments, 1, message);
     }
+    const SERVER_T server{always({0, ""})};
+    expect_run("poster", 1, "影柜服务器目前没有海报\n");
+    expect_run("count 127.0.0.1 sda sda1", 1, "无法解读");
 }
 
 TEST(ClientWatch, ShowsEachChangeUntilTheScanIsDone) {

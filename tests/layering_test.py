@@ -93,6 +93,7 @@ def main():
     declared = set(re.findall(r"TAVISYS_API[^;(]*?(\w+)\s*\(", headers))
     found = complaints(objects, declared)
     public = {header.name for header in source.glob("include/*.h")}
+    public |= {f"common/{header.name}" for header in source.glob("apps/common/*.h")}  # the programs' own
     programs = [path for path in source.glob("apps/*/**/*") if path.suffix in (".h", ".cpp", ".c")]
     for path in programs:
         own = source / "apps" / path.relative_to(source / "apps").parts[0]

@@ -1,6 +1,7 @@
 #include "arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <arpa/inet.h>
 
 #include <algorithm>
 #include <charconv>
@@ -55,6 +56,45 @@ auto is_one_of(const std::vector<std::string> &words) {
             choices += (choices.empty() ? "" : messages::NAME_SEPARATOR) + word;
         return fill(messages::NOT_A_CHOICE, {choices, value});
     };
+}
+
+std::string is_address(const std::string &value) {
+    in_addr address{};
+    return inet_pton(AF_INET, value.c_str(), &address) == 1 ? "" : fill(messages::NOT_AN_ADDRESS, {value});
+}
+
+// Requests have room for so many bytes and a NUL.
+std::string is_device_name(const std::string &value) {
+    constexpr std::size_t LONGEST = sizeof(TP_TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES_ARGS_T::hddevname) - 1;
+    if (!value.empty() && value.size() <= LONGEST)
+        return "";
+    return fill(messages::NOT_A_DEVICE_NAME, {std::to_string(LONGEST), value});
+}
+
+std::string is_folder_name(const std::string &value) {
+    const bool leads_elsewhere = value == "." || value == ".." || value.find('/') != std::string::npos;
+    return leads_elsewhere ? fill(messages::NOT_A_FOLDER_NAME, {value}) : "";
+}
+
+// The name is read back without the blanks around it, by programs that show it in one line.
+std::string is_player_name(const std::string &value) {
+    constexpr std::size_t LONGEST = 1023; // bytes
+    if (value.size() > LONGEST)
+        return fill(messages::NAME_TOO_LONG, {std::to_string(LONGEST)});
+    if (value.starts_with(' ') || value.ends_with(' '))
+        return messages::NAME_IN_BLANKS;
+    for (std::string_view rest = value; !rest.empty();) {
+        const CODE_POINT_T c = first_code_point(rest);
+        const bool invalid = c.value == REPLACEMENT && !rest.starts_with("\uFFFD");
+        if (invalid || is_control(c.value))
+            return messages::NAME_NOT_PLAIN;
+        rest.remove_prefix(c.size);
+    }
+    return "";
+}
+
+CLI::Option *add_argument(CLI::App &app, const char *name, std::string &value, const char *help) {
+    return app.add_option(name, value, help)->required();
 }
 
 void add_number(CLI::App &app, const char *name, INT32_T &value, const char *help, INT32_T last) {
@@ -155,6 +195,39 @@ void declare_movie(CLI::App &app, ARGUMENTS_T &arguments) {
     app.add_option(messages::ARGUMENT_MOVIE_ID, arguments.movie, messages::HELP_MOVIE_ID)
         ->required()
         ->check(is_in_range(0, LARGEST));
+}
+
+void declare_name(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.add_option(messages::ARGUMENT_ACTION, arguments.action, messages::HELP_ACTION)
+        ->check(is_one_of({"set"}));
+    const CLI::Option *name =
+        app.add_option(messages::ARGUMENT_PLAYER_NAME, arguments.player_name, messages::HELP_PLAYER_NAME)
+            ->check(is_player_name);
+    app.callback([name, &arguments] {
+        if (!arguments.action.empty() && name->count() == 0)
+            throw CLI::RequiredError(messages::ARGUMENT_PLAYER_NAME);
+    });
+}
+
+void declare_host(CLI::App &app, ARGUMENTS_T &arguments) {
+    add_argument(app, messages::ARGUMENT_HOST, arguments.host, messages::HELP_HOST)->check(is_address);
+}
+
+void declare_position(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_host(app, arguments);
+    add_argument(app, messages::ARGUMENT_DISK, arguments.disk, messages::HELP_DISK)->check(is_device_name);
+    add_argument(app, messages::ARGUMENT_PARTITION, arguments.partition, messages::HELP_PARTITION)
+        ->check(is_device_name);
+}
+
+// The two names become folders as well.
+void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_position(app, arguments);
+    for (const char *name : {messages::ARGUMENT_DISK, messages::ARGUMENT_PARTITION})
+        app.get_option(name)->check(is_folder_name);
+    app.add_option("--out", arguments.library, messages::HELP_OUT)
+        ->option_text(messages::VALUE_FOLDER)
+        ->default_str(arguments.library);
 }
 
 INT32_T order_by(const std::string &word) {

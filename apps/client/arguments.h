@@ -28,6 +28,12 @@ struct ARGUMENTS_T {
     INT32_T page = 1;
     INT32_T size = 24;
     std::string order = "put";
+    std::string action; // "set", or empty
+    std::string player_name;
+    std::string host; // dotted IPv4
+    std::string disk;
+    std::string partition;
+    std::string library = ".";
 };
 
 // The options of a command, beside --help and --json, which all of them have.
@@ -35,6 +41,10 @@ void declare_status(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_filters(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_movies(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_movie(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_name(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_host(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_position(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments);
 
 // The TP_ORDER_BY_E that the command line calls so, which has been checked.
 INT32_T order_by(const std::string &word);

@@ -1,10 +1,12 @@
-// The commands that ask about the cabinet itself: version, info, status, uuid.
+// The commands about the cabinet itself: version, info, status, uuid, and the name of its player.
+#include <array>
 #include <exception>
 
 #include "command.h"
 #include "error.h"
 #include "json.h"
 #include "messages.h"
+#include "player_operation.h"
 #include "server.h"
 #include "status.h"
 #include "table.h"
@@ -60,6 +62,13 @@ STATUS_T watch_status(bool silent, int width) {
     }
 }
 
+std::string read_player_name() {
+    std::array<INT8_T, 1025> name{}; // what the file may hold and the NUL, which isn't written
+    if (tavisys_get_player_name(name.data(), static_cast<INT32_T>(name.size())) != 0)
+        throw CLIENT_ERROR_T(EXIT_FAILED, messages::NAME_NOT_READ);
+    return name.data();
+}
+
 } // namespace
 
 std::string run_version(const ARGUMENTS_T &arguments, int width) {
@@ -98,6 +107,13 @@ std::string run_status(const ARGUMENTS_T &arguments, int width) {
 std::string run_uuid(const ARGUMENTS_T &arguments, int /*width*/) {
     const std::string uuid = fetch_uuid();
     return arguments.json ? uuid_to_json(uuid) : printable(uuid) + "\n";
+}
+
+std::string run_name(const ARGUMENTS_T &arguments, int /*width*/) {
+    if (!arguments.action.empty() && tavisys_set_player_name(arguments.player_name.c_str()) != 0)
+        throw CLIENT_ERROR_T(EXIT_FAILED, messages::NAME_NOT_SET);
+    const std::string name = read_player_name();
+    return arguments.json ? player_name_to_json(name) : printable(name) + "\n";
 }
 
 } // namespace client

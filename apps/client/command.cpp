@@ -14,7 +14,13 @@ constexpr COMMAND_T COMMANDS[] = {
     {"categories", messages::HELP_CATEGORIES, nullptr, run_categories},
     {"filters", messages::HELP_FILTERS, declare_filters, run_filters},
     {"movies", messages::HELP_MOVIES, declare_movies, run_movies},
+    {"touch", messages::HELP_TOUCH, declare_movies, run_touch},
     {"movie", messages::HELP_MOVIE, declare_movie, run_movie},
+    {"poster", messages::HELP_POSTER, nullptr, run_poster},
+    {"name", messages::HELP_NAME, declare_name, run_name},
+    {"disks", messages::HELP_DISKS, declare_host, run_disks},
+    {"count", messages::HELP_COUNT, declare_position, run_count},
+    {"fetch", messages::HELP_FETCH, declare_fetch, run_fetch},
 };
 
 } // namespace

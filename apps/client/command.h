@@ -26,12 +26,20 @@ std::string run_version(const ARGUMENTS_T &arguments, int width);
 std::string run_info(const ARGUMENTS_T &arguments, int width);
 std::string run_status(const ARGUMENTS_T &arguments, int width);
 std::string run_uuid(const ARGUMENTS_T &arguments, int width);
+std::string run_name(const ARGUMENTS_T &arguments, int width);
 
 // Its movies
 std::string run_categories(const ARGUMENTS_T &arguments, int width);
 std::string run_filters(const ARGUMENTS_T &arguments, int width);
 std::string run_movies(const ARGUMENTS_T &arguments, int width);
+std::string run_touch(const ARGUMENTS_T &arguments, int width);
 std::string run_movie(const ARGUMENTS_T &arguments, int width);
+std::string run_poster(const ARGUMENTS_T &arguments, int width);
+
+// Another server's disks
+std::string run_disks(const ARGUMENTS_T &arguments, int width);
+std::string run_count(const ARGUMENTS_T &arguments, int width);
+std::string run_fetch(const ARGUMENTS_T &arguments, int width);
 
 } // namespace client
 

@@ -27,8 +27,10 @@ std::string HELP_FORMATTER_T::make_usage(const CLI::App *app, std::string name) 
     if (app->get_parent() == nullptr)
         return usage + " " + messages::HELP_COMMANDS + " [" + messages::HELP_OPTIONS + "]\n";
     for (const CLI::Option *option : app->get_options()) {
-        if (option->get_positional())
-            usage += " " + option->get_name(true);
+        if (!option->get_positional())
+            continue;
+        const std::string argument = option->get_name(true);
+        usage += option->get_required() ? " " + argument : " [" + argument + "]";
     }
     return usage + " [" + messages::HELP_OPTIONS + "]\n";
 }

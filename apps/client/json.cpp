@@ -19,6 +19,12 @@
 //                "kind_info": {as director_info}, "duration_info": {"desc", "value"},
 //                "summary_info": {"desc", "value"}, "videos",
 //                "video_list": [{"id", "seqno", "name", "mp4"}, ...]}
+//   touch       as movies, each movie with "totalvideo" and "duration" as well
+//   poster      {"poster"}
+//   name        {"name"}; with set the one that is now in force
+//   disks       {"list": [{"devname", "serialno", "list": [{"seqno", "devname", "uuid", "mntp"}, ...]}, ...]}
+//   count       {"movies"}
+//   fetch       {"folder", "movies", "written", "skipped": [{"mid", "movcode", "reason"}, ...]}
 #include "json.h"
 
 #include <nlohmann/json.hpp>
@@ -108,6 +114,13 @@ JSON_T basic_movie(const TP_TAVISYS_BASIC_MOVIE_INFORMATION_T &movie) {
             {"index", movie.index}};
 }
 
+JSON_T touch_movie(const TP_TAVISYS_BASIC_MOVIE_INFORMATION_T &movie) {
+    JSON_T result = basic_movie(movie);
+    result["totalvideo"] = movie.totalvideo;
+    result["duration"] = movie.duration;
+    return result;
+}
+
 JSON_T dimension(const TP_MOVIE_DIMENSION_INFORMATION_T &info) {
     return {{"id", info.id}, {"name", string(info.name)}};
 }
@@ -123,6 +136,19 @@ JSON_T labelled_value(const TP_MOVIE_SINGLE_KVP_INFORMATION_T &info) {
 
 JSON_T video(const TP_TAVISYS_VIDEO_INFORMATION_T &info) {
     return {{"id", info.id}, {"seqno", info.seqno}, {"name", string(info.name)}, {"mp4", string(info.mp4)}};
+}
+
+JSON_T partition(const TP_TAVISYS_PARTITION_INFORMATION_T &info) {
+    return {{"seqno", info.seqno},
+            {"devname", string(info.devname)},
+            {"uuid", string(info.uuid)},
+            {"mntp", string(info.mntp)}};
+}
+
+JSON_T disk(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T &node) {
+    return {{"devname", string(node.info->devname)},
+            {"serialno", string(node.info->serialno)},
+            {"list", array(node.list, partition)}};
 }
 
 } // namespace
@@ -157,8 +183,9 @@ std::string to_json(const TP_TAVISYS_FILTER_INFORMATION_LIST_T *list) {
                    })}});
 }
 
-std::string to_json(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T &page) {
-    return write({{"pageinfo", page_info(page.pageinfo)}, {"list", array(page.list, basic_movie)}});
+std::string to_json(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T &page, PAGE_FORM_T form) {
+    const auto movie = form == PAGE_FORM_T::TOUCH ? touch_movie : basic_movie;
+    return write({{"pageinfo", page_info(page.pageinfo)}, {"list", array(page.list, movie)}});
 }
 
 std::string to_json(const TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T &movie) {
@@ -175,8 +202,38 @@ std::string to_json(const TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T &movie) {
                   {"video_list", array(movie.video_list, video)}});
 }
 
+std::string to_json(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *disks) {
+    JSON_T list = JSON_T::array();
+    for_each_node(disks, [&list](const auto &node) { list.push_back(disk(node)); });
+    return write({{"list", list}});
+}
+
+std::string to_json(const FETCHED_T &fetched) {
+    JSON_T skipped = JSON_T::array();
+    for (const SKIPPED_MOVIE_T &movie : fetched.skipped)
+        skipped.push_back({{"mid", movie.mid},
+                           {"movcode", movie.movcode.has_value() ? JSON_T(*movie.movcode) : JSON_T(nullptr)},
+                           {"reason", movie.reason}});
+    return write({{"folder", fetched.folder},
+                  {"movies", fetched.movies},
+                  {"written", fetched.written},
+                  {"skipped", skipped}});
+}
+
 std::string uuid_to_json(const std::string &uuid) {
     return write({{"uuid", uuid}});
+}
+
+std::string poster_to_json(const std::string &path) {
+    return write({{"poster", path}});
+}
+
+std::string player_name_to_json(const std::string &name) {
+    return write({{"name", name}});
+}
+
+std::string movie_count_to_json(INT32_T movies) {
+    return write({{"movies", movies}});
 }
 
 } // namespace client

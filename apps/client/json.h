@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "fetched.h"
 #include "server.h"
 
 namespace client {
@@ -13,9 +14,14 @@ std::string to_json(const TP_TAVISYS_SYSTEM_INFORMATION_T &info);
 std::string to_json(const TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T &info);
 std::string to_json(const TP_TAVISYS_CATEGORY_INFORMATION_LIST_T *list);
 std::string to_json(const TP_TAVISYS_FILTER_INFORMATION_LIST_T *list);
-std::string to_json(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T &page);
+std::string to_json(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T &page, PAGE_FORM_T form);
 std::string to_json(const TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T &movie);
+std::string to_json(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *disks);
+std::string to_json(const FETCHED_T &fetched);
 std::string uuid_to_json(const std::string &uuid);
+std::string poster_to_json(const std::string &path);
+std::string player_name_to_json(const std::string &name);
+std::string movie_count_to_json(INT32_T movies);
 
 } // namespace client
 

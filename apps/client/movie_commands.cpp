@@ -1,4 +1,4 @@
-// The commands that browse: categories, filters, movies, movie.
+// The commands that browse: categories, filters, movies, touch, movie, poster.
 #include <array>
 #include <cstdio>
 
@@ -41,6 +41,10 @@ std::string show_year(INT32_T year) {
     return year == 0 ? "" : std::to_string(year);
 }
 
+std::string show_minutes(INT32_T minutes) {
+    return minutes == 0 ? "" : fill(messages::MINUTES, {std::to_string(minutes)});
+}
+
 // Every movie carries "全部" among its values, which says nothing about it.
 std::string show_ids(const BASIC_MOVIE_IDS_T *ids, const ATTRIBUTE_T &attribute, INT32_T cid,
                      NAME_BOOK_T &names) {
@@ -71,7 +75,7 @@ constexpr int TITLE_WIDTH = 16; // most Chinese titles are no longer than eight 
 // Where the category stands, in a table over all categories alone.
 constexpr std::ptrdiff_t CATEGORY_COLUMN = 2;
 
-TABLE_T movies_table(INT32_T cid) {
+TABLE_T movies_table(INT32_T cid, PAGE_FORM_T form) {
     TABLE_T table{{{messages::ID, ALIGN_T::RIGHT},
                    {messages::TITLE, ALIGN_T::LEFT, TITLE_WIDTH},
                    {messages::KIND, ALIGN_T::LEFT, NARROWEST},
@@ -86,12 +90,17 @@ TABLE_T movies_table(INT32_T cid) {
         const COLUMN_T category{messages::CATEGORY, ALIGN_T::LEFT, NARROWEST};
         table.columns.insert(table.columns.begin() + CATEGORY_COLUMN, category);
     }
+    if (form == PAGE_FORM_T::TOUCH) {
+        table.columns.push_back({messages::VIDEOS, ALIGN_T::RIGHT});
+        table.columns.push_back({messages::DURATION, ALIGN_T::RIGHT});
+    }
     return table;
 }
 
 // An id means the same in every category, so that the lists of the category asked for, or those over all of
 // them, serve every movie of the page.
-std::vector<std::string> movie_row(const BASIC_MOVIE_T &movie, INT32_T cid, NAME_BOOK_T &names) {
+std::vector<std::string> movie_row(const BASIC_MOVIE_T &movie, INT32_T cid, PAGE_FORM_T form,
+                                   NAME_BOOK_T &names) {
     std::vector<std::string> row{std::to_string(movie.movid),
                                  text_of(movie.movname),
                                  show_ids(movie.kind_ids, KIND, cid, names),
@@ -103,7 +112,27 @@ std::vector<std::string> movie_row(const BASIC_MOVIE_T &movie, INT32_T cid, NAME
                                  show_date(movie.pubtime)};
     if (cid == ALL)
         row.insert(row.begin() + CATEGORY_COLUMN, names.name_of(CATEGORY, ALL, movie.category_id));
+    if (form == PAGE_FORM_T::TOUCH) {
+        row.push_back(std::to_string(movie.totalvideo));
+        row.push_back(show_minutes(movie.duration));
+    }
     return row;
+}
+
+std::string run_page(const ARGUMENTS_T &arguments, int width, PAGE_FORM_T form) {
+    NAME_BOOK_T names;
+    const PAGE_REQUEST_T request = page_request(arguments, names);
+    const PAGE_T page = fetch_page(request, form);
+    if (arguments.json)
+        return to_json(*page, form);
+    TABLE_T table = movies_table(request.cid, form);
+    for_each_record(page->list, [&](const BASIC_MOVIE_T &movie) {
+        table.rows.push_back(movie_row(movie, request.cid, form, names));
+    });
+    const TP_PAGE_INFORMATION &info = page->pageinfo;
+    return (table.rows.empty() ? messages::EMPTY_PAGE : lay_out_table(table, width)) +
+           fill(messages::PAGE_LINE, {std::to_string(info.pagenum), std::to_string(info.totalpages),
+                                      std::to_string(info.totalmovies)});
 }
 
 void add_list_field(std::vector<FIELD_T> &fields, const char *label,
@@ -187,19 +216,11 @@ std::string run_filters(const ARGUMENTS_T &arguments, int width) {
 }
 
 std::string run_movies(const ARGUMENTS_T &arguments, int width) {
-    NAME_BOOK_T names;
-    const PAGE_REQUEST_T request = page_request(arguments, names);
-    const PAGE_T page = fetch_page(request);
-    if (arguments.json)
-        return to_json(*page);
-    TABLE_T table = movies_table(request.cid);
-    for_each_record(page->list, [&](const BASIC_MOVIE_T &movie) {
-        table.rows.push_back(movie_row(movie, request.cid, names));
-    });
-    const TP_PAGE_INFORMATION &info = page->pageinfo;
-    return (table.rows.empty() ? messages::EMPTY_PAGE : lay_out_table(table, width)) +
-           fill(messages::PAGE_LINE, {std::to_string(info.pagenum), std::to_string(info.totalpages),
-                                      std::to_string(info.totalmovies)});
+    return run_page(arguments, width, PAGE_FORM_T::PLAIN);
+}
+
+std::string run_touch(const ARGUMENTS_T &arguments, int width) {
+    return run_page(arguments, width, PAGE_FORM_T::TOUCH);
 }
 
 std::string run_movie(const ARGUMENTS_T &arguments, int width) {
@@ -209,6 +230,11 @@ std::string run_movie(const ARGUMENTS_T &arguments, int width) {
     if (arguments.json)
         return to_json(*movie);
     return show_details(*movie, width) + show_videos(movie->video_list, width);
+}
+
+std::string run_poster(const ARGUMENTS_T &arguments, int /*width*/) {
+    const std::string poster = fetch_poster();
+    return arguments.json ? poster_to_json(poster) : printable(poster) + "\n";
 }
 
 } // namespace client

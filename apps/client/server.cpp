@@ -1,9 +1,11 @@
 #include "server.h"
 
 #include <array>
+#include <vector>
 
 #include "error.h"
 #include "messages.h"
+#include "support_socket.h"
 #include "tavisys_comm.h"
 #include "text.h"
 #include "tp_trlv.h"
@@ -29,14 +31,21 @@ constexpr RESULT_TEXT_T RESULT_TEXTS[] = {
     {TAVISYS_RESULT_UNKNOWN_TYPE, messages::REFUSED_TYPE},
     {TAVISYS_RESULT_BAD_REQUEST, messages::REFUSED_REQUEST},
     {TAVISYS_RESULT_NO_SUCH_MOVIE, messages::REFUSED_MOVIE},
+    {TAVISYS_RESULT_NO_SUCH_POSITION, messages::REFUSED_POSITION},
     {TAVISYS_RESULT_SERVER_ERROR, messages::REFUSED_BY_ERROR},
 };
 
-bool is_server_there() {
-    const INT32_T sock = agent_open_tavisys_msg_channel();
-    if (sock < 0)
+constexpr const char *HERE = TAVISYS_LOCAL_SERVER_ADDRESS;
+
+// Results of the question for a poster, which are the channel's codes at other times.
+constexpr RTSTATUS NO_POSTER = -2;
+constexpr RTSTATUS POSTER_DOES_NOT_FIT = -3;
+
+bool is_server_there(const std::string &host) {
+    INT32_T sock = -1;
+    if (create_tcp_client_socket(host.c_str(), TAVISYS_MSG_CHANNEL_PORT, &sock) != 0)
         return false;
-    close_tavisys_msg_channel(sock);
+    close_tcp_socket(sock);
     return true;
 }
 
@@ -45,11 +54,10 @@ bool is_server_there() {
 }
 
 // A -1 alone doesn't tell whether anybody listens, so that is tried once more.
-[[noreturn]] void fail_with_result(RTSTATUS result) {
-    if (result == -1 && !is_server_there()) {
+[[noreturn]] void fail_with_result(RTSTATUS result, const std::string &host = HERE) {
+    if (result == -1 && !is_server_there(host)) {
         throw CLIENT_ERROR_T(EXIT_FAILED,
-                             fill(messages::UNREACHABLE,
-                                  {TAVISYS_LOCAL_SERVER_ADDRESS, std::to_string(TAVISYS_MSG_CHANNEL_PORT)}));
+                             fill(messages::UNREACHABLE, {host, std::to_string(TAVISYS_MSG_CHANNEL_PORT)}));
     }
     for (const RESULT_TEXT_T &known : RESULT_TEXTS) {
         if (known.result == result)
@@ -77,6 +85,18 @@ OWNER fetch_list(ASK ask) {
     const RTSTATUS result = ask(&list);
     if (result != 0)
         fail_with_result(result);
+    return OWNER{list};
+}
+
+// Where the result is the length of the reply, an empty list is as long as its count. Any other result
+// without a list is the server's own.
+template <class OWNER, class ASK>
+OWNER fetch_counted_list(const std::string &host, ASK ask) {
+    constexpr RTSTATUS EMPTY_LIST = sizeof(INT32_T);
+    typename OWNER::pointer list = nullptr;
+    const RTSTATUS result = ask(&list);
+    if (list == nullptr && result != EMPTY_LIST)
+        fail_with_result(result, host);
     return OWNER{list};
 }
 
@@ -111,15 +131,50 @@ FILTERS_T fetch_filters(INT32_T cid, INT32_T type) {
         [=](auto **list) { return tavisysapi_get_movie_filter_information_list(cid, type, list); });
 }
 
-PAGE_T fetch_page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request) {
-    return fetch_record<PAGE_T>(
-        [&](auto **page) { return tavisysapi_get_movie_basic_ext_information(&request, page); });
+PAGE_T fetch_page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request, PAGE_FORM_T form) {
+    const auto ask = form == PAGE_FORM_T::TOUCH ? touchscreen_get_movie_basic_ext_information
+                                                : tavisysapi_get_movie_basic_ext_information;
+    return fetch_record<PAGE_T>([&](auto **page) { return ask(&request, page); });
 }
 
 MOVIE_T fetch_movie(INT32_T cid, INT32_T mid) {
     const TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T request{cid, mid};
     return fetch_record<MOVIE_T>(
         [&](auto **movie) { return tavisysapi_get_movie_detail_information(&request, movie); });
+}
+
+std::string fetch_poster() {
+    constexpr INT32_T LONGEST_PATH = 64 * 1024; // far beyond what a file system takes
+    std::vector<INT8_T> poster(LONGEST_PATH + 1);
+    const RTSTATUS result = tavisysapi_random_get_movie_poster(poster.data(), LONGEST_PATH);
+    if (result == NO_POSTER)
+        fail(messages::NO_POSTER, result);
+    if (result == POSTER_DOES_NOT_FIT)
+        fail(messages::POSTER_DOES_NOT_FIT, result);
+    if (result != 0)
+        fail_with_result(result);
+    return poster.data();
+}
+
+DISKS_T fetch_disks(const std::string &host) {
+    return fetch_counted_list<DISKS_T>(
+        host, [&](auto **list) { return tavisysapi_get_vod_harddisk_information(host.c_str(), list); });
+}
+
+INT32_T fetch_movie_count(const POSITION_T &position) {
+    INT32_T count = 0;
+    const RTSTATUS result = tavisysapi_get_movies_from_server(position.host.c_str(), position.disk.c_str(),
+                                                              position.partition.c_str(), &count);
+    if (result != 0)
+        fail_with_result(result, position.host);
+    return count;
+}
+
+MOVIE_RECORDS_T fetch_movie_records(const POSITION_T &position) {
+    return fetch_counted_list<MOVIE_RECORDS_T>(position.host, [&](auto **list) {
+        return tavisysapi_get_movie_metadata_from_server(position.host.c_str(), position.disk.c_str(),
+                                                         position.partition.c_str(), list);
+    });
 }
 
 } // namespace client

@@ -30,6 +30,13 @@ using FILTERS_T = OWNED_T<TP_TAVISYS_FILTER_INFORMATION_LIST_T, delete_tavisys_f
 using PAGE_T = OWNED_T<TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T, delete_tavisys_basic_movie_ext_information>;
 using MOVIE_T = OWNED_T<TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T, release_tavisys_detail_movie_information>;
 
+using DISKS_T = OWNED_T<TP_TAVISYS_HARDDISK_INFORMATION_LIST_T, release_tavisys_harddisk_information_list>;
+using MOVIE_RECORDS_T =
+    OWNED_T<TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T, delete_tp_tavisys_dbdata_movie_information_list>;
+
+// A touch screen's page tells of each movie how many videos it has and how long it runs, too.
+enum class PAGE_FORM_T { PLAIN, TOUCH };
+
 // Lists may be empty, that is NULL; records never are.
 VERSION_T fetch_version();
 INFO_T fetch_info();
@@ -37,16 +44,35 @@ STATUS_T fetch_status();
 std::string fetch_uuid();
 CATEGORIES_T fetch_categories();
 FILTERS_T fetch_filters(INT32_T cid, INT32_T type);
-PAGE_T fetch_page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request);
+PAGE_T fetch_page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request, PAGE_FORM_T form);
 MOVIE_T fetch_movie(INT32_T cid, INT32_T mid);
+std::string fetch_poster(); // the path of one that the server picks
 
-// Calls visit(record) for each record of a list, the nodes without one left out.
+// A partition of a disk of the server at an address.
+struct POSITION_T {
+    std::string host; // dotted IPv4
+    std::string disk;
+    std::string partition;
+};
+
+// These ask the server at that address.
+DISKS_T fetch_disks(const std::string &host);
+INT32_T fetch_movie_count(const POSITION_T &position);
+MOVIE_RECORDS_T fetch_movie_records(const POSITION_T &position);
+
+// Calls visit(node) for each node of a list, those without a record left out.
 template <class NODE, class VISIT>
-void for_each_record(const NODE *list, VISIT visit) {
+void for_each_node(const NODE *list, VISIT visit) {
     for (const NODE *node = list; node != nullptr; node = static_cast<const NODE *>(node->next)) {
         if (node->info != nullptr)
-            visit(*node->info);
+            visit(*node);
     }
+}
+
+// Calls visit(record) for each record of a list.
+template <class NODE, class VISIT>
+void for_each_record(const NODE *list, VISIT visit) {
+    for_each_node(list, [&visit](const NODE &node) { visit(*node.info); });
 }
 
 } // namespace client

@@ -26,18 +26,6 @@ void note_interrupt(int /*signal*/) {
     interrupted = 1;
 }
 
-// 0, or the errno of the write that failed.
-int write_all(int file, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(file, text.data(), text.size());
-        if (written < 0 && errno != EINTR)
-            return errno;
-        if (written > 0)
-            text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return 0;
-}
-
 } // namespace
 
 int terminal_width() {
@@ -47,6 +35,17 @@ int terminal_width() {
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
         return USUAL_WIDTH;
     return size.ws_col;
+}
+
+int write_all(int file, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = write(file, text.data(), text.size());
+        if (written < 0 && errno != EINTR)
+            return errno;
+        if (written > 0)
+            text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return 0;
 }
 
 void write_output(std::string_view text) {
@@ -85,6 +84,17 @@ void INTERRUPT_GUARD_T::wait(int milliseconds) {
         nanosleep(&pause, nullptr); // cut short by the interrupt
     if (interrupted != 0)
         throw CLIENT_ERROR_T(EXIT_INTERRUPTED, "");
+}
+
+LIBRARY_SILENCE_T::LIBRARY_SILENCE_T() : output(stdout), nowhere(std::fopen("/dev/null", "we")) {
+    if (nowhere != nullptr)
+        stdout = nowhere;
+}
+
+LIBRARY_SILENCE_T::~LIBRARY_SILENCE_T() {
+    stdout = output;
+    if (nowhere != nullptr)
+        std::fclose(nowhere);
 }
 
 void end_by_interrupt() {
