@@ -211,6 +211,29 @@ TEST(ServerStorage, OffersPostersAndTouchScreenPages) {
     EXPECT_TRUE(ask_for_places().empty());
 }
 
+// Under the leak sanitizer: what a reply leaves behind fails the server's end.
+TEST(ServerStorage, AnswersThousandsOfRequestsOfEveryKindAndForgetsThem) {
+    const auto server = SERVER_PROCESS_T::serving(SAMPLE_LIBRARY, {"--log-level", "NOTICE"});
+    const std::string place = bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES_ARGS_T{"", "sda", "sda1"});
+    const std::string page =
+        bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T{0, 0, 0, 0, 0, 1, 10, 0});
+    const INT32_T movie = ask_for_page({0, 0, 0, 0, 0, 1, 1, 0})->list->info->movid;
+    const std::string detail = bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T{0, movie});
+    const std::string filter =
+        bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T{TP_FILTER_TYPE_KIND, 0});
+    const std::string codes = request_of_codes(nullptr, nullptr, {"TV1993-0015", "TV2010-0025"});
+    const std::map<INT32_T, std::string> requests = {
+        {1000, ""},    {1001, ""},     {1002, ""},    {1003, ""},   {1004, filter}, {1005, filter},
+        {1006, page},  {1007, detail}, {1008, ""},    {3000, ""},   {3001, place},  {3002, place},
+        {3003, place}, {3004, ""},     {3005, codes}, {5006, page}, {5007, detail}};
+    for (int round = 0; round < 200; round++)
+        for (const auto &[type, body] : requests) {
+            const RAW_REPLY_T reply = exchange(type, body);
+            ASSERT_EQ(0, reply.head.result) << type;
+            ASSERT_LT(0, reply.head.length) << type;
+        }
+}
+
 // Takes root, a loop device and a file system of its own; in a mount namespace that nobody else sees.
 TEST(ServerStorage, ReadsUuidAndMountPointOfAMountedPartition) {
     constexpr const char *UUID = "6e1f4d0a-5b7c-4a68-9d0e-0123456789ab";
