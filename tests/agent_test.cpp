@@ -188,6 +188,7 @@ TEST(Agent, WhatIsMissingOrTooLongIsRefusedBeforeOrAfterItHasConnected) {
           {-2, tavisysapi_get_movie_detail_information(nullptr, &detail)},
           {-2, touch_screenapi_get_movie_detail_information(nullptr, &detail)}}) {
         EXPECT_EQ(want, result);
+        ASSERT_EQ(1, poll(&connected, 1, 5000));
         const INT32_T sock = monitor_tavisys_msg_channel(listener);
         EXPECT_EQ("", hear(sock, 1)); // these have, and have closed the connection
         close_tavisys_msg_channel(sock);
