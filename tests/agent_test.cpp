@@ -45,14 +45,6 @@ CALL_T call(INT32_T type, const std::string &request, const std::string &reply) 
     return {[](void **out) { return FUNCTION(ANY_T{out}); }, [](void **out) { RELEASE(ANY_T{out}); }, type,
             request, reply};
 }
-// Of the calls that give the decoder's own result, the bytes of the reply.
-template <auto FUNCTION, auto RELEASE>
-CALL_T counting_call(INT32_T type, const std::string &request, const std::string &reply) {
-    CALL_T made = call<FUNCTION, RELEASE>(type, request, reply);
-    made.done = static_cast<RTSTATUS>(reply.size());
-    return made;
-}
-
 RTSTATUS get_filters(TP_TAVISYS_FILTER_INFORMATION_LIST_T **list) {
     return tavisysapi_get_movie_filter_information_list(9, TP_FILTER_TYPE_YEAR, list);
 }
@@ -83,7 +75,7 @@ std::vector<CALL_T> calls() {
     std::vector<CALL_T> calls = {
         call<tavisysapi_get_software_version_information, delete_tavisys_version_information>(
             1000, "", wire("1.0", nullptr, "")),
-        counting_call<tavisysapi_get_system_running_status, delete_tavisys_sysrun_status_information>(
+        call<tavisysapi_get_system_running_status, delete_tavisys_sysrun_status_information>(
             1001, "", wire(2, 10, 8, 1, 1)),
         call<tavisysapi_get_system_information, delete_tavisys_system_information>(1002, "", wire(2, 30)),
         call<tavisysapi_get_category_information_list, delete_tavisys_category_information_list>(
@@ -97,11 +89,12 @@ std::vector<CALL_T> calls() {
             1007, wire(6, 1001), detail),
         call<get_detail<touch_screenapi_get_movie_detail_information>,
              release_tavisys_detail_movie_information>(1007, wire(6, 1001), detail),
-        counting_call<get_disks, release_tavisys_harddisk_information_list>(3000, "",
-                                                                            wire(1, "sda", "SN", 0)),
-        counting_call<get_movies, delete_tp_tavisys_dbdata_movie_information_list>(3003, PARTITION_REQUEST,
-                                                                                   wire(1, movie))};
-    calls[0].malformed = 0; // the caller tests the record
+        call<get_disks, release_tavisys_harddisk_information_list>(3000, "", wire(1, "sda", "SN", 0)),
+        call<get_movies, delete_tp_tavisys_dbdata_movie_information_list>(3003, PARTITION_REQUEST,
+                                                                          wire(1, movie))};
+    calls[0].malformed = 0;             // the caller tests the record
+    for (const size_t own : {1, 9, 10}) // the decoder's own result: the bytes of the reply
+        calls[own].done = static_cast<RTSTATUS>(calls[own].reply.size());
     return calls;
 }
 
@@ -196,52 +189,41 @@ TEST(Agent, WhatIsMissingOrTooLongIsRefusedBeforeOrAfterItHasConnected) {
     close_tavisys_msg_channel(listener);
 }
 
-TEST(Agent, AUuidIsCopiedWithItsTerminatorOrNotAtAll) {
-    const std::string whole = "0f8fad5b-d9cb-469f-a165-70867728950e\0"s;
+TEST(Agent, UuidsAndPostersAreCopiedWholeOrNotAtAll) {
+    const std::string uuid = "0f8fad5b-d9cb-469f-a165-70867728950e\0"s;
     const struct {
         const char *what;
+        RTSTATUS (*call)(INT8_T *, INT32_T);
         std::string body;
-        INT32_T room;
+        INT32_T length; // of the buffer, as the call is told
         RTSTATUS want;
+        std::string written;
         RTSTATUS result = 0;
-    } CASES[] = {{"exactly fitting", whole, 37, 0},
-                 {"too long by one", whole, 36, -1},
-                 {"no terminator", "ab", 37, -1},
-                 {"no body", "", 37, -1},
-                 {"an empty uuid", "\0"s, 37, 0},
-                 {"bytes behind", "ab\0cd"s, 37, 0},
-                 {"too long, though it ends", "ab\0cd"s, 3, -1},
-                 {"the server says no", whole, 37, 2, 2}};
+    } CASES[] = {{"exactly fitting", tavisysapi_get_uuid_infomation, uuid, 37, 0, uuid},
+                 {"too long by one", tavisysapi_get_uuid_infomation, uuid, 36, -1, ""},
+                 {"no terminator", tavisysapi_get_uuid_infomation, "ab", 37, -1, ""},
+                 {"no body", tavisysapi_get_uuid_infomation, "", 37, -1, ""},
+                 {"an empty uuid", tavisysapi_get_uuid_infomation, "\0"s, 37, 0, "\0"s},
+                 {"bytes behind", tavisysapi_get_uuid_infomation, "ab\0cd"s, 37, 0, "ab\0"s},
+                 {"too long, though it ends", tavisysapi_get_uuid_infomation, "ab\0cd"s, 3, -1, ""},
+                 {"the server says no", tavisysapi_get_uuid_infomation, uuid, 37, 2, "", 2},
+                 // A poster needs a byte to spare. It is followed by zeros, one byte further than said.
+                 {"no byte to spare", tavisysapi_random_get_movie_poster, "path", 4, -3, ""},
+                 {"a byte to spare", tavisysapi_random_get_movie_poster, "path", 5, 0, "path\0\0"s},
+                 {"more than a byte", tavisysapi_random_get_movie_poster, "path", 7, 0, "path\0\0\0\0"s},
+                 {"no poster", tavisysapi_random_get_movie_poster, "", 1, -2, ""},
+                 {"neither poster nor room", tavisysapi_random_get_movie_poster, "", -1, -2, ""},
+                 {"no room", tavisysapi_random_get_movie_poster, "p", -1, -3, ""},
+                 {"the server says no", tavisysapi_random_get_movie_poster, "path", 9, 5, "", 5}};
     for (const auto &c : CASES) {
         SCOPED_TRACE(c.what);
-        const auto length = static_cast<size_t>(c.room);
-        const BODY_T room(std::string(length, '?'));
-        serve(message(3004, 0, ""), message(3004, c.result, c.body),
-              [&] { EXPECT_EQ(c.want, tavisysapi_get_uuid_infomation(room.data(), c.room)); });
-        const std::string want = c.want == 0 ? c.body.substr(0, c.body.find('\0') + 1) : "";
-        EXPECT_EQ(want + std::string(length - want.size(), '?'), std::string(room.data(), length));
-    }
-}
-
-TEST(Agent, APosterNeedsAByteToSpareAndIsFollowedByZeros) {
-    const struct {
-        std::string reply;
-        INT32_T length;
-        RTSTATUS want;
-        std::string buffer; // one byte more than its length says
-        RTSTATUS result = 0;
-    } CASES[] = {{"path", 4, -3, "?????"},
-                 {"path", 5, 0, "path\0\0"s},
-                 {"path", 7, 0, "path\0\0\0\0"s},
-                 {"", 1, -2, "??"},
-                 {"", -1, -2, ""},
-                 {"p", -1, -3, ""},
-                 {"path", 9, 5, "??????????", 5}};
-    for (const auto &c : CASES) {
-        const BODY_T room(std::string(c.buffer.size(), '?'));
-        serve(message(1008, 0, ""), message(1008, c.result, c.reply),
-              [&] { EXPECT_EQ(c.want, tavisysapi_random_get_movie_poster(room.data(), c.length)); });
-        EXPECT_EQ(c.buffer, as_string(room.data(), room.length()));
+        const bool is_uuid = c.call == tavisysapi_get_uuid_infomation;
+        const INT32_T type = is_uuid ? 3004 : 1008;
+        const BODY_T room(std::string(static_cast<size_t>(c.length + (is_uuid ? 0 : 1)), '?'));
+        serve(message(type, 0, ""), message(type, c.result, c.body),
+              [&] { EXPECT_EQ(c.want, c.call(room.data(), c.length)); });
+        std::string want(static_cast<size_t>(room.length()), '?');
+        EXPECT_EQ(want.replace(0, c.written.size(), c.written), as_string(room.data(), room.length()));
     }
 }
 

@@ -151,26 +151,23 @@ TEST_F(NetChannel, TheReplyDecidesTheResultOfAnExchange) {
 TEST_F(NetChannel, APeerAnswersOverTheLoopbackAndMemoryMayRunShort) {
     const std::string text(3 * MEBIBYTE + 5, 'b');
     const INT32_T listener = create_tcp_server_socket(0);
-    bool failed = true;
-    for (int nth = 1; failed; nth++) {
-        std::thread peer([&] {
-            const INT32_T sock = create_tcp_accept_socket(listener);
-            const TP_MESSAGE_HEAD head{1000, 0, static_cast<INT32_T>(text.size())};
-            EXPECT_EQ("1000|0000|00000003|ask", hear(sock, 22));
-            send_data_to_net_communication_channel(sock, &head, 19, text.c_str());
-            close_tcp_socket(sock);
-        });
-        INT32_T sock = -1;
-        EXPECT_EQ(0, create_tcp_client_socket("127.0.0.1", port_of(listener), &sock));
-        fail_nth_allocation(nth);
-        std::string body;
-        const RTSTATUS result = exchange(sock, &body);
-        failed = an_allocation_failed();
-        EXPECT_EQ(failed ? -1 : 0, result);
-        EXPECT_TRUE(body == (failed ? "" : text + '\0'));
-        EXPECT_EQ(line(failed ? "创建失败!" : "接收大小3145752", failed ? 80 : 40), take_log().at(0));
-        close_tcp_socket(sock);
-        peer.join();
-    }
+    EXPECT_LT(1, fail_each_allocation([&] {
+                  std::thread peer([&] {
+                      const INT32_T sock = create_tcp_accept_socket(listener);
+                      const TP_MESSAGE_HEAD head{1000, 0, static_cast<INT32_T>(text.size())};
+                      EXPECT_EQ("1000|0000|00000003|ask", hear(sock, 22));
+                      send_data_to_net_communication_channel(sock, &head, 19, text.c_str());
+                      close_tcp_socket(sock);
+                  });
+                  INT32_T sock = -1;
+                  EXPECT_EQ(0, create_tcp_client_socket("127.0.0.1", port_of(listener), &sock));
+                  std::string body;
+                  const bool is_done = exchange(sock, &body) == 0;
+                  EXPECT_TRUE(body == (is_done ? text + '\0' : ""));
+                  EXPECT_EQ(is_done ? line("接收大小3145752", 40) : line("创建失败!"), take_log().at(0));
+                  close_tcp_socket(sock);
+                  peer.join();
+                  return is_done;
+              }));
     close_tcp_socket(listener);
 }

@@ -199,16 +199,6 @@ INT32_T decode_hdvideos(const void *body, INT32_T length, HDVIDEO_T **videos) {
     return decode_hdvideo_list_information_from_message(body, length, videos) == 0 ? length : -1;
 }
 
-std::string videos(const std::string &body) {
-    const std::string movie = wire(1, nullptr, body);
-    HDVIDEO_T *list = nullptr;
-    EXPECT_EQ(size_of(movie), decode_hdvideos(movie.data(), size_of(movie), &list));
-    std::string result(body.size(), '\0');
-    EXPECT_EQ(size_of(body), encode_video_list_to_message(list->list, result.data(), size_of(body)));
-    delete_hard_disk_videolist(&list);
-    return result;
-}
-
 std::string mid_vid(const std::string &body) {
     TEXT_T mid, vid;
     EXPECT_EQ(size_of(body), decode_mid_vid_to_buffer(body.data(), size_of(body), &mid.text, &vid.text));
@@ -246,7 +236,7 @@ const struct {
      recoded<encode_tavisys_movie_id_information_to_message, decode_ids,
              delete_tavisys_movie_id_information>},
     {"movie-ids-with-uuid", wire("6f1c2a52-3d0e-4b7a-9c55-0a1b2c3d4e5f", 7, IDS), ids_with_uuid},
-    {"videos", VIDEOS, videos},
+    {"videos", VIDEOS, as_it_is}, // as part of the next
     {"videos-by-code", wire(1, "TV1993-0015", VIDEOS),
      recoded<encode_hdvideo_list_to_message, decode_hdvideos, delete_hard_disk_videolist>},
     {"mid-vid", wire(12, "15", "16"), mid_vid},

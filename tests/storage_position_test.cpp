@@ -1,5 +1,6 @@
 // The storage positions. What a delete leaves to its caller is freed by the tests, so that the fixture
 // sees whatever else is left.
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "dbdata_host.h"
@@ -38,20 +39,18 @@ HOST_T *tree() {
 }
 
 // The keys of a list, in order.
-const INT8_T *key_of(const DBDATA_HOST_INFORMATION_T *info) {
-    return info->ipaddr;
-}
-const INT8_T *key_of(const DBDATA_SHAREDIR_INFORMATION_T *info) {
-    return info->sharedir;
-}
-const INT8_T *key_of(const auto *info) {
-    return info->devname;
-}
 template <class NODE>
 std::string keys_of(const NODE *list) {
     std::string keys;
-    for (; list != nullptr; list = static_cast<const NODE *>(list->next))
-        keys += (keys.empty() ? "" : " ") + std::string(key_of(list->info));
+    for (const NODE *node : nodes_of(list)) {
+        keys += keys.empty() ? "" : " ";
+        if constexpr (std::is_same_v<NODE, HOST_T>)
+            keys += node->info->ipaddr;
+        else if constexpr (std::is_same_v<NODE, SHAREDIR_T>)
+            keys += node->info->sharedir;
+        else
+            keys += node->info->devname;
+    }
     return keys;
 }
 
@@ -64,10 +63,8 @@ std::string add_all(NODE **list, RTSTATUS (*add)(NODE **, NODE *), void (*releas
         std::to_string(add(nullptr, *nodes.begin())) + std::to_string(add(list, nullptr)) + ' ';
     for (NODE *node : nodes) {
         results += std::to_string(add(list, node));
-        const NODE *other = *list;
-        while (other != nullptr && other != node)
-            other = static_cast<const NODE *>(other->next);
-        if (other == nullptr)
+        const auto taken = nodes_of(*list);
+        if (std::find(taken.begin(), taken.end(), node) == taken.end())
             release(&node);
     }
     return results;
