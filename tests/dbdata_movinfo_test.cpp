@@ -12,6 +12,7 @@
 #include "support_memory.h"
 
 using namespace harness;
+using namespace std::string_literals;
 using IDS_T = std::vector<INT32_T>;
 using AREAS_T = DBDATA_AREA_INFORMATION_LIST_T;
 using NODE_T = DBDATA_MOVIE_INFORMATION_LIST_T;
@@ -226,19 +227,14 @@ TEST_F(Attribute, ThreadsGetOneIdPerKeyAndLeaveNoGaps) {
 
 TEST_F(Attribute, CategoriesHaveFixedIdsAndCaptions) {
     const std::string none = "未知 未知 未知 未知 未知", film = "导演 主演 类型 时长 简介";
-    const std::pair<INT32_T, std::string> CAPTIONS[] = {{-1, none},
-                                                        {0, none},
-                                                        {1, film},
-                                                        {2, film},
-                                                        {3, "作曲 演唱 类型 时长 简介"},
-                                                        {4, "导演 主持人 类型 时长 简介"},
-                                                        {5, film},
-                                                        {6, "作曲 歌手 曲风 时长 简介"},
-                                                        {7, none}};
-    for (const auto &[id, want] : CAPTIONS)
+    for (INT32_T id = -1;
+         const std::string &want : {none, none, film, film, "作曲 演唱 类型 时长 简介"s,
+                                    "导演 主持人 类型 时长 简介"s, film, "作曲 歌手 曲风 时长 简介"s, none}) {
         EXPECT_EQ(want, std::string(get_director_desc_by_cid(id)) + ' ' + get_actor_desc_by_cid(id) + ' ' +
                             get_kind_desc_by_cid(id) + ' ' + get_duration_desc_by_cid(id) + ' ' +
                             get_descript_desc_by_cid(id));
+        id++;
+    }
     for (INT32_T id = 1; const char *name : {"电影", "电视剧", "音乐", "综艺", "兴趣爱好", "醇音乐"})
         EXPECT_EQ(id++, category_id(name));
     EXPECT_EQ(1, category_id("纪录片"));

@@ -169,13 +169,10 @@ std::string request_of(const EXAMPLE_T &each) {
 
 // ---- Bodies without a message type
 
-// A string that a decoder hands out.
-struct TEXT_T {
-    INT8_T *text = nullptr;
-    TEXT_T() = default;
-    TEXT_T(const TEXT_T &) = delete;
-    TEXT_T &operator=(const TEXT_T &) = delete;
-    ~TEXT_T() { safe_free(text); }
+// Strings that a decoder hands out.
+struct TEXTS_T {
+    INT8_T *of[4] = {};
+    ~TEXTS_T() { std::for_each(std::begin(of), std::end(of), safe_free); }
 };
 
 using IDS_T = TP_TAVISYS_MOVIE_ID_INFORMATION_T;
@@ -186,11 +183,12 @@ INT32_T decode_ids(const void *body, INT32_T length, IDS_T **ids) {
 }
 
 std::string ids_with_uuid(const std::string &body) {
-    TEXT_T uuid;
+    TEXTS_T text;
     INT32_T rid = 0;
     IDS_T *ids = nullptr;
-    EXPECT_EQ(size_of(body), decode_movid_info_to_buffer(body.data(), size_of(body), &uuid.text, &rid, &ids));
-    std::string result = encoded(encode_movid_info_to_buffer, uuid.text, rid, ids);
+    EXPECT_EQ(size_of(body),
+              decode_movid_info_to_buffer(body.data(), size_of(body), &text.of[0], &rid, &ids));
+    std::string result = encoded(encode_movid_info_to_buffer, text.of[0], rid, ids);
     delete_tavisys_movie_id_information(&ids);
     return result;
 }
@@ -200,28 +198,28 @@ INT32_T decode_hdvideos(const void *body, INT32_T length, HDVIDEO_T **videos) {
 }
 
 std::string mid_vid(const std::string &body) {
-    TEXT_T mid, vid;
-    EXPECT_EQ(size_of(body), decode_mid_vid_to_buffer(body.data(), size_of(body), &mid.text, &vid.text));
-    return wire(size_of(body) - 4, encoded(encode_mid_vid_to_buffer, mid.text, vid.text));
+    TEXTS_T text;
+    EXPECT_EQ(size_of(body), decode_mid_vid_to_buffer(body.data(), size_of(body), &text.of[0], &text.of[1]));
+    return wire(size_of(body) - 4, encoded(encode_mid_vid_to_buffer, text.of[0], text.of[1]));
 }
 
 std::string basic_movie(const std::string &body) {
-    TEXT_T hdsn, name, movsn, dimension;
+    TEXTS_T text;
     INT32_T length = size_of(body), index = 0, duration = 0;
-    EXPECT_EQ(length, decode_basic_movie_to_buffer(body.data(), &length, &index, &duration, &hdsn.text,
-                                                   &name.text, &movsn.text, &dimension.text));
+    EXPECT_EQ(length, decode_basic_movie_to_buffer(body.data(), &length, &index, &duration, &text.of[0],
+                                                   &text.of[1], &text.of[2], &text.of[3]));
     std::string items(body.size() - 4, '\0');
     EXPECT_EQ(size_of(items),
-              encode_basic_movie_argument_to_buffer(index, duration, hdsn.text, name.text, movsn.text,
-                                                    dimension.text, items.data(), size_of(items)));
+              encode_basic_movie_argument_to_buffer(index, duration, text.of[0], text.of[1], text.of[2],
+                                                    text.of[3], items.data(), size_of(items)));
     return wire(size_of(items), items);
 }
 
 std::string movie_path(const std::string &body) {
-    TEXT_T device, path;
+    TEXTS_T text;
     EXPECT_EQ(size_of(body),
-              decode_ffmpegc_movie_path_from_buffer(body.data(), size_of(body), &device.text, &path.text));
-    return encoded(encode_ffmpegc_movie_path_to_buffer, device.text, path.text);
+              decode_ffmpegc_movie_path_from_buffer(body.data(), size_of(body), &text.of[0], &text.of[1]));
+    return encoded(encode_ffmpegc_movie_path_to_buffer, text.of[0], text.of[1]);
 }
 
 const std::string IDS = wire(2, 15, 16, 17, 18);

@@ -147,11 +147,10 @@ TEST_F(Transfer, WhatCannotBeMadeLeavesTheListWithTheCallerAndIsNotSaid) {
                   for (int nth : {1, 2, 3, 4}) {
                       fail_nth_allocation(nth);
                       EXPECT_EQ(nullptr, create_tp_tavisys_movcode_information("d", "h", "p", list));
-                      fail_nth_allocation(nth % 4);
-                      auto *node = create_tp_movcode_information_list_node_ex("TV-2");
-                      EXPECT_EQ(nth < 4, node == nullptr);
-                      delete_tp_movcode_information_list_node(&node);
                   }
+                  EXPECT_EQ(
+                      3, fail_each_creation([] { return create_tp_movcode_information_list_node_ex("TV-2"); },
+                                            delete_tp_movcode_information_list_node));
               }));
     add_node_to_tp_movcode_information_list(&list, create_tp_movcode_information_list_node(nullptr));
     delete_tp_movcode_information(&list->info);
