@@ -12,6 +12,12 @@ namespace {
 
 using CATEGORY_WIRE = COUNTED_VALUE_WIRE<TP_TAVISYS_CATEGORY_INFORMATION_T>;
 
+void show_category(const TP_TAVISYS_CATEGORY_INFORMATION_T *info) {
+    if (info != nullptr)
+        printf("\t分类编号: %d, 分类名称: %s, 分类下的影片数: %d\n", info->id, shown(info->name),
+               info->movies);
+}
+
 } // namespace
 
 TP_TAVISYS_CATEGORY_INFORMATION_T *create_tavisys_category_information(void) {
@@ -34,8 +40,8 @@ create_tavisys_category_information_list_node(TP_TAVISYS_CATEGORY_INFORMATION_T 
 
 TP_TAVISYS_CATEGORY_INFORMATION_LIST_T *
 create_tavisys_category_information_list_node_ex(INT32_T id, const INT8_T *name, INT32_T movies) {
-    return create_node_of_value<TP_TAVISYS_CATEGORY_INFORMATION_LIST_T, CATEGORY_WIRE>(
-        create_tavisys_category_information_ex(id, name, movies));
+    return node_for<CATEGORY_WIRE>(create_tavisys_category_information_ex(id, name, movies),
+                                   create_tavisys_category_information_list_node);
 }
 
 void add_node_to_tavisys_category_information_list(TP_TAVISYS_CATEGORY_INFORMATION_LIST_T **list,
@@ -64,8 +70,5 @@ INT32_T decode_tavisys_category_information_list_from_message(const void *msgdat
 
 void show_tavisys_category_information_list(const TP_TAVISYS_CATEGORY_INFORMATION_LIST_T *list) {
     puts("影片分类信息: ");
-    for (const TP_TAVISYS_CATEGORY_INFORMATION_LIST_T *node = list; node != nullptr; node = next_of(node))
-        if (node->info != nullptr)
-            printf("\t分类编号: %d, 分类名称: %s, 分类下的影片数: %d\n", node->info->id,
-                   shown(node->info->name), node->info->movies);
+    show_each<show_category>(list);
 }

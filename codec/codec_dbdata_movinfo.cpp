@@ -117,12 +117,6 @@ void say(FAULT_T fault, int64_t length) {
 }
 
 template <auto SHOW, class NODE>
-void show_each(const NODE *list) {
-    for (const NODE *node = list; node != nullptr; node = next_of(node))
-        SHOW(node->info);
-}
-
-template <auto SHOW, class NODE>
 void show_line(const INT8_T *title, const NODE *list) {
     printf("%s: ", shown(title));
     show_each<SHOW>(list);

@@ -33,8 +33,8 @@ create_tavisys_filter_information_list_node(TP_TAVISYS_FILTER_INFORMATION_T *inf
 
 TP_TAVISYS_FILTER_INFORMATION_LIST_T *create_tavisys_filter_information_list_node_ex(INT32_T id,
                                                                                      const INT8_T *name) {
-    return create_node_of_value<TP_TAVISYS_FILTER_INFORMATION_LIST_T, FILTER_WIRE>(
-        create_tavisys_filter_information_ex(id, name));
+    return node_for<FILTER_WIRE>(create_tavisys_filter_information_ex(id, name),
+                                 create_tavisys_filter_information_list_node);
 }
 
 void add_node_to_tavisys_filter_information_list(TP_TAVISYS_FILTER_INFORMATION_LIST_T **list,

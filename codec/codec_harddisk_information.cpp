@@ -1,6 +1,6 @@
 #include "codec_harddisk_information.h"
 
-#include "codec/named_value.h"
+#include "codec/wire.h"
 #include "support/show.h"
 
 using namespace tavisys;
@@ -79,8 +79,8 @@ create_tavisys_partition_information_list_node(TP_TAVISYS_PARTITION_INFORMATION_
 TP_TAVISYS_PARTITION_INFORMATION_LIST_T *
 create_tavisys_partition_information_list_node_ex(INT32_T seqno, const INT8_T *devname, const INT8_T *uuid,
                                                   const INT8_T *mntp) {
-    return create_node_of_value<TP_TAVISYS_PARTITION_INFORMATION_LIST_T, PARTITION_WIRE>(
-        create_tavisys_partition_information_ex(seqno, devname, uuid, mntp));
+    return node_for<PARTITION_WIRE>(create_tavisys_partition_information_ex(seqno, devname, uuid, mntp),
+                                    create_tavisys_partition_information_list_node);
 }
 
 void delete_tavisys_partition_information_list_node(TP_TAVISYS_PARTITION_INFORMATION_LIST_T **node) {
@@ -124,13 +124,9 @@ create_tavisys_harddisk_information_list_node(TP_TAVISYS_HARDDISK_INFORMATION_T 
 TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *
 create_tavisys_harddisk_information_list_node_ex(const INT8_T *devname, const INT8_T *serialno,
                                                  TP_TAVISYS_PARTITION_INFORMATION_LIST_T *list) {
-    auto *info = create_tavisys_harddisk_information_ex(devname, serialno);
-    if (info == nullptr)
-        return nullptr;
-    auto *node = create_tavisys_harddisk_information_list_node(info, list);
-    if (node == nullptr)
-        delete_record<DISK_WIRE, true>(&info); // nobody has seen the copy of its serial number
-    return node;
+    return node_for<DISK_WIRE>(create_tavisys_harddisk_information_ex(devname, serialno), [list](auto *info) {
+        return create_tavisys_harddisk_information_list_node(info, list);
+    });
 }
 
 // Of the partitions it frees the first alone: callers that keep a disk's further partitions walk from that
@@ -177,8 +173,7 @@ void show_tp_tavisys_partition_information(const TP_TAVISYS_PARTITION_INFORMATIO
 }
 
 void show_tp_tavisys_partition_information_list(const TP_TAVISYS_PARTITION_INFORMATION_LIST_T *list) {
-    for (const auto *node = list; node != nullptr; node = next_of(node))
-        show_tp_tavisys_partition_information(node->info);
+    show_each<show_tp_tavisys_partition_information>(list);
 }
 
 void show_tp_tavisys_harddisk_information(const TP_TAVISYS_HARDDISK_INFORMATION_T *info) {
@@ -187,7 +182,7 @@ void show_tp_tavisys_harddisk_information(const TP_TAVISYS_HARDDISK_INFORMATION_
 }
 
 void show_tp_tavisys_harddisk_information_list(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *list) {
-    for (const auto *node = list; node != nullptr; node = next_of(node)) {
+    for (const auto *node : nodes_of(list)) {
         show_tp_tavisys_harddisk_information(node->info);
         show_tp_tavisys_partition_information_list(node->list);
     }

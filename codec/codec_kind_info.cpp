@@ -31,8 +31,8 @@ create_tavisys_kind_information_list_node(TP_TAVISYS_KIND_INFORMATION_T *info) {
 
 TP_TAVISYS_KIND_INFORMATION_LIST_T *
 create_tavisys_kind_information_list_node_ex(INT32_T id, const INT8_T *name, INT32_T movies) {
-    return create_node_of_value<TP_TAVISYS_KIND_INFORMATION_LIST_T, KIND_WIRE>(
-        create_tavisys_kind_information_ex(id, name, movies));
+    return node_for<KIND_WIRE>(create_tavisys_kind_information_ex(id, name, movies),
+                               create_tavisys_kind_information_list_node);
 }
 
 void add_node_to_tavisys_kind_information_list(TP_TAVISYS_KIND_INFORMATION_LIST_T **list,

@@ -43,7 +43,7 @@ INT32_T decode_sized_items(const void *msgdata, INT32_T msglen, ITEM *...item) {
     INT32_T length = 0;
     if (!from.integer(&length) || (length != 0 && !decode_items(from, item...)))
         return -1;
-    return from.consumed();
+    return from.passed();
 }
 
 } // namespace
@@ -67,13 +67,8 @@ TP_MOVCODE_INFORMATION_LIST_T *create_tp_movcode_information_list_node(TP_MOVCOD
 }
 
 TP_MOVCODE_INFORMATION_LIST_T *create_tp_movcode_information_list_node_ex(const INT8_T *movcode) {
-    auto *info = create_tp_movcode_information(movcode);
-    if (info == nullptr)
-        return nullptr;
-    auto *node = create_tp_movcode_information_list_node(info);
-    if (node == nullptr)
-        delete_record<MOVCODE_WIRE>(&info);
-    return node;
+    return node_for<MOVCODE_WIRE>(create_tp_movcode_information(movcode),
+                                  create_tp_movcode_information_list_node);
 }
 
 void delete_tp_movcode_information_list_node(TP_MOVCODE_INFORMATION_LIST_T **node) {
@@ -126,7 +121,7 @@ INT32_T decode_movinfo_request_information_from_buffer(const void *msgdata, INT3
     if (!decode_optional<REQUEST_WIRE>(from, &decoded))
         return -1;
     *info = decoded;
-    return from.consumed();
+    return from.passed();
 }
 
 INT32_T encode_mid_vid_argument_to_buffer(const INT8_T *mid, const INT8_T *vid, PVOID message,
@@ -193,7 +188,7 @@ INT32_T decode_ffmpegc_movie_path_from_buffer(const void *msgdata, INT32_T msgle
         return 0;
     READER_T from(msgdata, msglen);
     if (decode_items(from, ptdev, video_rpath))
-        return from.consumed();
+        return from.passed();
     fputs("failed to decode_ptr_data_from_buffer", stdout);
     return -1;
 }

@@ -46,7 +46,7 @@ INT32_T encode_tavisys_video_information_list_to_buffer(const TP_TAVISYS_VIDEO_I
     if (list == nullptr || message == nullptr)
         return -1;
     WRITER_T to(message, length);
-    return encode_list<VIDEO_WIRE>(to, list, EMPTY_NODE_T::SKIPPED) ? to.written() : -1;
+    return encode_list<VIDEO_WIRE>(to, list, EMPTY_NODE_T::SKIPPED) ? to.passed() : -1;
 }
 
 RTSTATUS encode_tavisys_video_information_list_to_message(const TP_TAVISYS_VIDEO_INFORMATION_LIST_T *list,

@@ -98,7 +98,7 @@ void delete_hard_disk_videolist(TP_HARD_DISK_VIDEO_INFORMATION_T **list) {
 
 INT32_T encode_video_list_to_message(const TP_VIDEO_LIST *list, PVOID message, INT32_T length) {
     WRITER_T to(message, length);
-    return encode_videos(to, list) ? to.written() : -1;
+    return encode_videos(to, list) ? to.passed() : -1;
 }
 
 RTSTATUS encode_hdvideo_list_to_message(const TP_HARD_DISK_VIDEO_INFORMATION_T *list, PVOID *msgdata,

@@ -52,7 +52,7 @@ INT32_T decode_tavisys_movie_id_information_to_message(const void *msgdata, INT3
     if (msgdata == nullptr || info == nullptr)
         return -1;
     READER_T from(msgdata, msglen);
-    return decode_announced_list<MOVIE_ID_WIRE>(from, info, __func__, ANNOUNCED) ? from.consumed() : -1;
+    return decode_announced_list<MOVIE_ID_WIRE>(from, info, __func__, ANNOUNCED) ? from.passed() : -1;
 }
 
 RTSTATUS encode_movid_info_to_buffer(const INT8_T *uuid, INT32_T rid,
@@ -73,5 +73,5 @@ INT32_T decode_movid_info_to_buffer(const void *msgdata, INT32_T msglen, INT8_T 
     READER_T from(msgdata, msglen);
     const bool is_whole = decode_items(from, uuid, rid) &&
                           decode_announced_list<MOVIE_ID_WIRE>(from, info, __func__, ANNOUNCED);
-    return is_whole ? from.consumed() : -1;
+    return is_whole ? from.passed() : -1;
 }

@@ -35,17 +35,6 @@ typename WIRE::RECORD *create_counted_value(INT32_T id, const INT8_T *name, INT3
     return info;
 }
 
-// Takes the record over: it is deleted when its node can't be made.
-template <class NODE, class WIRE>
-NODE *create_node_of_value(typename WIRE::RECORD *info) {
-    if (info == nullptr)
-        return nullptr;
-    NODE *node = create_node<NODE>(info);
-    if (node == nullptr)
-        wire::delete_record<WIRE>(&info);
-    return node;
-}
-
 } // namespace tavisys
 
 #endif

@@ -237,19 +237,11 @@ int64_t length_of(const typename WIRE::RECORD &record) {
     return std::apply([&](auto... field) { return (field_length(record, field) + ...); }, WIRE::FIELDS);
 }
 
-// ---- Encoding
-
-class WRITER_T {
+// A place in a body: what lies behind it is passed, and so much is left. Negative counts are failures.
+template <class BYTE>
+class CURSOR_T {
 public:
-    WRITER_T(void *to, INT32_T length) : start_(static_cast<INT8_T *>(to)), at_(start_), left_(length) {}
-    bool integer(INT32_T value) { return advance(encode_integer(value, at_, left_)); }
-    bool string(const INT8_T *value) { return advance(encode_string(value, at_, left_)); }
-    bool skip(INT32_T count) { return advance(count <= left_ ? count : -1); }
-    const INT8_T *at() const { return at_; }
-    INT32_T left() const { return left_; }
-    INT32_T written() const { return static_cast<INT32_T>(at_ - start_); }
-
-private:
+    CURSOR_T(BYTE *start, INT32_T length) : start_(start), at_(start), left_(length) {}
     bool advance(INT32_T count) {
         if (count < 0)
             return false;
@@ -257,9 +249,24 @@ private:
         left_ -= count;
         return true;
     }
-    INT8_T *start_;
-    INT8_T *at_;
+    BYTE *at() const { return at_; }
+    INT32_T left() const { return left_; }
+    INT32_T passed() const { return static_cast<INT32_T>(at_ - start_); }
+
+private:
+    BYTE *start_;
+    BYTE *at_;
     INT32_T left_;
+};
+
+// ---- Encoding
+
+class WRITER_T : public CURSOR_T<INT8_T> {
+public:
+    WRITER_T(void *to, INT32_T length) : CURSOR_T(static_cast<INT8_T *>(to), length) {}
+    bool integer(INT32_T value) { return advance(encode_integer(value, at(), left())); }
+    bool string(const INT8_T *value) { return advance(encode_string(value, at(), left())); }
+    bool skip(INT32_T count) { return advance(count <= left() ? count : -1); }
 };
 
 template <class WIRE>
@@ -410,28 +417,23 @@ void delete_record(typename WIRE::RECORD **info) {
     *info = nullptr;
 }
 
+// The node that make() puts a fresh record into. The record goes, whole, where there is none: nobody else
+// has seen it.
+template <class WIRE, class MAKE>
+auto node_for(typename WIRE::RECORD *fresh, MAKE make) {
+    auto *node = fresh == nullptr ? nullptr : make(fresh);
+    if (node == nullptr)
+        delete_record<WIRE, true>(&fresh);
+    return node;
+}
+
 // ---- Decoding. What a failed decode has built is freed whole: nobody else can reach it.
 
-class READER_T {
+class READER_T : public CURSOR_T<const INT8_T> {
 public:
-    READER_T(const void *from, INT32_T length)
-        : start_(static_cast<const INT8_T *>(from)), at_(start_), left_(length) {}
-    bool integer(INT32_T *value) { return advance(decode_integer(at_, left_, value)); }
-    bool string(INT8_T **value) { return advance(decode_string(at_, left_, value)); }
-    INT32_T left() const { return left_; }
-    INT32_T consumed() const { return static_cast<INT32_T>(at_ - start_); }
-
-private:
-    bool advance(INT32_T count) {
-        if (count < 0)
-            return false;
-        at_ += count;
-        left_ -= count;
-        return true;
-    }
-    const INT8_T *start_;
-    const INT8_T *at_;
-    INT32_T left_;
+    READER_T(const void *from, INT32_T length) : CURSOR_T(static_cast<const INT8_T *>(from), length) {}
+    bool integer(INT32_T *value) { return advance(decode_integer(at(), left(), value)); }
+    bool string(INT8_T **value) { return advance(decode_string(at(), left(), value)); }
 };
 
 template <class WIRE>
@@ -458,16 +460,10 @@ typename WIRE::RECORD *decode_new_record(READER_T &from) {
 template <class WIRE, class NODE>
 NODE *decode_new_node(READER_T &from) {
     auto *info = decode_new_record<WIRE>(from);
-    if constexpr (IS_INTRUSIVE<WIRE, NODE>) {
+    if constexpr (IS_INTRUSIVE<WIRE, NODE>)
         return info;
-    } else {
-        if (info == nullptr)
-            return nullptr;
-        NODE *node = create_node<NODE>(info);
-        if (node == nullptr)
-            delete_record<WIRE, true>(&info);
-        return node;
-    }
+    else
+        return node_for<WIRE>(info, create_node<NODE, typename WIRE::RECORD>);
 }
 
 // A negative count is an empty list, as a count of 0 is.
@@ -622,7 +618,7 @@ INT32_T decode_record_from_message(const void *message, INT32_T length, typename
     if (decoded == nullptr)
         return -1;
     *info = decoded;
-    return from.consumed();
+    return from.passed();
 }
 
 template <class WIRE, class NODE>
@@ -630,7 +626,7 @@ INT32_T decode_list_from_message(const void *message, INT32_T length, NODE **lis
     if (message == nullptr || list == nullptr)
         return -1;
     READER_T from(message, length);
-    return decode_list<WIRE>(from, list) ? from.consumed() : -1;
+    return decode_list<WIRE>(from, list) ? from.passed() : -1;
 }
 
 } // namespace tavisys::wire

@@ -40,7 +40,7 @@ INT32_T encode_items_to_buffer(PVOID message, INT32_T length, ITEM... item) {
     if (message == nullptr)
         return -1;
     WRITER_T to(message, length);
-    return encode_items(to, item...) ? to.written() : -1;
+    return encode_items(to, item...) ? to.passed() : -1;
 }
 
 // What is decoded before a failure stays where it was put, with the caller.

@@ -151,9 +151,9 @@ void delete_list(NODE_OF<FAMILY> **list) {
 
 template <class FAMILY, class KEY>
 void delete_by_key(NODE_OF<FAMILY> **list, KEY key) {
-    NODE_OF<FAMILY> *node =
-        take_node(list, [key](const NODE_OF<FAMILY> *other) { return has_key<FAMILY>(other, key); });
-    delete_list_node<FAMILY>(&node);
+    delete_first_node(
+        list, [key](const NODE_OF<FAMILY> *node) { return has_key<FAMILY>(node, key); },
+        delete_list_node<FAMILY>);
 }
 
 // Whatever the serial number: callers take the movies of a disk off the nodes first, then call this until
@@ -162,9 +162,9 @@ template <class FAMILY>
 void delete_first_without_movies(NODE_OF<FAMILY> **list, const INT8_T *serialno) {
     if (serialno == nullptr)
         return;
-    NODE_OF<FAMILY> *node =
-        take_node(list, [](const NODE_OF<FAMILY> *other) { return other->*FAMILY::BELOW == nullptr; });
-    delete_list_node<FAMILY>(&node);
+    delete_first_node(
+        list, [](const NODE_OF<FAMILY> *node) { return node->*FAMILY::BELOW == nullptr; },
+        delete_list_node<FAMILY>);
 }
 
 template <class NODE, class RECORD>

@@ -92,12 +92,11 @@ void delete_node_from_dbdata_category_information_list_by_harddisk_serialno(
     DBDATA_CATEGORY_INFORMATION_LIST_T **list, const INT8_T *serialno) {
     if (serialno == nullptr)
         return;
-    DBDATA_CATEGORY_INFORMATION_LIST_T *node =
-        take_node(list, [serialno](DBDATA_CATEGORY_INFORMATION_LIST_T *other) {
-            delete_node_from_dbdata_kind_information_list_by_harddisk_serialno(&other->kindlist, serialno);
-            return other->kindlist == nullptr;
-        });
-    delete_list_node<CATEGORY_T>(&node);
+    const auto prune_kinds = [serialno](DBDATA_CATEGORY_INFORMATION_LIST_T *node) {
+        delete_node_from_dbdata_kind_information_list_by_harddisk_serialno(&node->kindlist, serialno);
+        return node->kindlist == nullptr;
+    };
+    delete_first_node(list, prune_kinds, delete_list_node<CATEGORY_T>);
 }
 
 void delete_dbdata_category_information_list_node(DBDATA_CATEGORY_INFORMATION_LIST_T **node) {

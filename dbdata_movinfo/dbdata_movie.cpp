@@ -85,12 +85,6 @@ void drop_kept_part(MOVIE_T &movie) {
     drop(movie.ptdevname);
 }
 
-template <class MATCH>
-void delete_first_node(NODE_T **list, MATCH match) {
-    NODE_T *node = take_node(list, match);
-    delete_dbdata_movie_information_list_node(&node);
-}
-
 bool store_copies(const INT8_T *big, const INT8_T *middle, const INT8_T *small, INT8_T *&big_field,
                   INT8_T *&middle_field, INT8_T *&small_field) {
     return store_copy(big_field, big) && store_copy(middle_field, middle) && store_copy(small_field, small);
@@ -246,16 +240,18 @@ void delete_node_from_dbdata_movie_information_list_by_movie_code(DBDATA_MOVIE_I
     if (movie_code == nullptr)
         return;
     delete_first_node(
-        list, [movie_code](const NODE_T *node) { return safe_strcmp(code_of(node), movie_code) == 0; });
+        list, [movie_code](const NODE_T *node) { return safe_strcmp(code_of(node), movie_code) == 0; },
+        delete_dbdata_movie_information_list_node);
 }
 
 void delete_node_from_dbdata_movie_information_list_by_harddisk_devname(
     DBDATA_MOVIE_INFORMATION_LIST_T **list, const INT8_T *devname) {
     if (devname == nullptr)
         return;
-    delete_first_node(list, [devname](const NODE_T *node) {
+    const auto lies_there = [devname](const NODE_T *node) {
         return node->info != nullptr && safe_strcmp(node->info->hddevname, devname) == 0;
-    });
+    };
+    delete_first_node(list, lies_there, delete_dbdata_movie_information_list_node);
 }
 
 void delete_dbdata_movie_information_list_node(DBDATA_MOVIE_INFORMATION_LIST_T **node) {
@@ -319,6 +315,5 @@ void show_tavinfo_movie_posters_information(const DBDATA_POSTER_INFORMATION_T *i
 void show_dbdata_movie_information(const DBDATA_MOVIE_INFORMATION_T * /*info*/) {}
 
 void show_dbdata_movie_information_list(const DBDATA_MOVIE_INFORMATION_LIST_T *list, INT32_T /*indent*/) {
-    for (const NODE_T *node : nodes_of(list))
-        show_dbdata_movie_information(node->info);
+    show_each<show_dbdata_movie_information>(list);
 }

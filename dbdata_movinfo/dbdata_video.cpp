@@ -5,6 +5,7 @@
 #include "dbdata_movinfo/id_counter.h"
 #include "support/list.h"
 #include "support/owner.h"
+#include "support/show.h"
 #include "support_memory.h"
 
 using namespace tavisys;
@@ -90,6 +91,5 @@ void show_dbdata_video_information(const DBDATA_VIDEO_INFORMATION_T *info) {
 }
 
 void show_dbdata_video_information_list(const DBDATA_VIDEO_INFORMATION_LIST_T *list) {
-    for (const NODE_T *node : nodes_of(list))
-        show_dbdata_video_information(node->info);
+    show_each<show_dbdata_video_information>(list);
 }

@@ -29,12 +29,6 @@ struct DISK_T {
 constexpr auto DEVNAME = DISK_T::KEY;
 constexpr auto SERIALNO = &DBDATA_HARDDISK_INFORMATION_T::serialno;
 
-template <auto FIELD>
-void delete_by(DBDATA_HARDDISK_INFORMATION_LIST_T **list, const INT8_T *key) {
-    auto *node = take_by<FIELD>(list, key);
-    delete_position<DISK_T>(&node);
-}
-
 } // namespace
 
 DBDATA_HARDDISK_INFORMATION_T *create_dbdata_harddisk_information(const INT8_T *devname,
@@ -99,12 +93,12 @@ take_node_from_dbdata_harddisk_information_list_by_serialno(DBDATA_HARDDISK_INFO
 
 void delete_node_from_dbdata_harddisk_information_list_by_serialno(DBDATA_HARDDISK_INFORMATION_LIST_T **list,
                                                                    const INT8_T *serialno) {
-    delete_by<SERIALNO>(list, serialno);
+    delete_first_node(list, has_text<SERIALNO>(serialno), delete_position<DISK_T>);
 }
 
 void delete_node_from_dbdata_harddisk_information_list_by_devname(DBDATA_HARDDISK_INFORMATION_LIST_T **list,
                                                                   const INT8_T *devname) {
-    delete_by<DEVNAME>(list, devname);
+    delete_first_node(list, has_text<DEVNAME>(devname), delete_position<DISK_T>);
 }
 
 void delete_dbdata_harddisk_information_list_node(DBDATA_HARDDISK_INFORMATION_LIST_T **node) {

@@ -48,6 +48,23 @@ INT32_T compare_addresses(const HOST_T::NODE_T *left, const HOST_T::NODE_T *righ
     return safe_ipcmp(text_of<ADDRESS>(left), text_of<ADDRESS>(right));
 }
 
+// Callers take what this list holds after an address out of order for the current hosts: those that the
+// walk has passed drop out, and whoever needs them has pointers of their own.
+RTSTATUS join_hosts(HOST_T::NODE_T **list, HOST_T::NODE_T *node) {
+    for (auto *other : nodes_of(*list)) {
+        const INT32_T order = compare_addresses(other, node);
+        if (order == 0)
+            return 1;
+        if (order == 1) {
+            node->next = other;
+            *list = node;
+            return 0;
+        }
+    }
+    append_node(list, node);
+    return 0;
+}
+
 } // namespace
 
 DBDATA_HOST_INFORMATION_T *create_dbdata_host_information(EVENT_HOST_TYPE_E type, const INT8_T *ipaddr) {
@@ -81,24 +98,9 @@ create_dbdata_host_information_list_node_ex(EVENT_HOST_TYPE_E type, const INT8_T
     return create_position_ex<HOST_T>(record, list, movies, "创建主机信息链表节点出错");
 }
 
-// Callers take what this list holds after an address out of order for the current hosts: those that the
-// walk has passed drop out, and whoever needs them has pointers of their own.
 RTSTATUS add_node_to_dbdata_host_information_list(DBDATA_HOST_INFORMATION_LIST_T **list,
                                                   DBDATA_HOST_INFORMATION_LIST_T *node) {
-    if (list == nullptr || node == nullptr || (*list != nullptr && text_of<ADDRESS>(node) == nullptr))
-        return 0;
-    for (auto *other : nodes_of(*list)) {
-        const INT32_T order = compare_addresses(other, node);
-        if (order == 0)
-            return 1;
-        if (order == 1) {
-            node->next = other;
-            *list = node;
-            return 0;
-        }
-    }
-    append_node(list, node);
-    return 0;
+    return head_or_join<ADDRESS>(list, node, [=] { return join_hosts(list, node); });
 }
 
 RTSTATUS insert_node_to_dbdata_host_information_list(DBDATA_HOST_INFORMATION_LIST_T **list,

@@ -56,17 +56,11 @@ create_dbdata_sharedir_information_list_node(DBDATA_SHAREDIR_INFORMATION_T *info
 
 RTSTATUS add_node_to_dbdata_sharedir_information_list(DBDATA_SHAREDIR_INFORMATION_LIST_T **list,
                                                       DBDATA_SHAREDIR_INFORMATION_LIST_T *node) {
-    if (list == nullptr || node == nullptr)
-        return 0;
-    if (*list == nullptr) {
-        *list = node;
-        return 0;
-    }
-    const INT8_T *path = text_of<PATH>(node);
-    if (path == nullptr)
-        return 0;
-    return insert_in_order(list, node,
-                           [path](const auto *other) { return compare_paths(text_of<PATH>(other), path); });
+    return head_or_join<PATH>(list, node, [=] {
+        return insert_in_order(list, node, [path = text_of<PATH>(node)](const auto *other) {
+            return compare_paths(text_of<PATH>(other), path);
+        });
+    });
 }
 
 DBDATA_SHAREDIR_INFORMATION_LIST_T *

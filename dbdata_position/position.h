@@ -86,12 +86,22 @@ NODE_OF<LEVEL> *create_position_ex(RECORD_OF<LEVEL> *fresh, BELOW *list, INT32_T
     return node;
 }
 
-// Anything may head a list; what joins one has to have the text REQUIRED, and a key that the list has not.
+// Anything may head a list; what joins one has to have the text REQUIRED. join() gives it its place.
+template <auto REQUIRED, class NODE, class JOIN>
+RTSTATUS head_or_join(NODE **list, NODE *node, JOIN join) {
+    if (list == nullptr || node == nullptr)
+        return 0;
+    if (*list == nullptr) {
+        *list = node;
+        return 0;
+    }
+    return text_of<REQUIRED>(node) == nullptr ? 0 : join();
+}
+
+// Adds at the end what has the text REQUIRED and a key that the list has not.
 template <class LEVEL, auto REQUIRED>
 RTSTATUS add_position(NODE_OF<LEVEL> **list, NODE_OF<LEVEL> *node) {
-    if (list == nullptr || node == nullptr || (*list != nullptr && text_of<REQUIRED>(node) == nullptr))
-        return 0;
-    return add_list_node<LEVEL>(list, node);
+    return head_or_join<REQUIRED>(list, node, [=] { return add_list_node<LEVEL>(list, node); });
 }
 
 // Inserts before the first node that compare() calls greater (above 0). 1: it calls one equal (0).

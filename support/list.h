@@ -110,6 +110,12 @@ NODE *take_node(NODE **list, MATCH match) {
     return nullptr;
 }
 
+template <class NODE, class MATCH, class DELETE_NODE>
+void delete_first_node(NODE **list, MATCH match, DELETE_NODE delete_node) {
+    NODE *node = take_node(list, match);
+    delete_node(&node);
+}
+
 // Deletes every node; the caller's head pointer stays as it is, as in every list family.
 template <class NODE, class DELETE_NODE>
 void delete_nodes(NODE **list, DELETE_NODE delete_node) {

@@ -1,5 +1,5 @@
-// The library's allocations, by way of the linker's --wrap: those of the test program and of GoogleTest
-// (operator new) are not touched.
+// The library's allocations and comparisons, by way of the linker's --wrap: operator new, which the test
+// program and GoogleTest use, is not touched.
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -13,6 +13,7 @@ std::atomic<bool> s_failed{false};
 std::atomic<long> s_live{0};
 std::atomic<size_t> s_bytes{0};
 std::atomic<size_t> s_largest{0};
+std::atomic<long> s_comparisons{0};
 
 bool is_refused(size_t size) {
     s_bytes += size;
@@ -56,6 +57,10 @@ size_t harness::largest_allocation() {
     return s_largest;
 }
 
+long harness::string_comparisons() {
+    return s_comparisons;
+}
+
 void harness::forget_allocations() {
     s_bytes = 0;
     s_largest = 0;
@@ -68,6 +73,7 @@ void *__real_malloc(size_t size);
 void *__real_realloc(void *pointer, size_t size);
 char *__real_strdup(const char *string);
 void __real_free(void *pointer);
+int __real_strcmp(const char *left, const char *right);
 
 void *__wrap_calloc(size_t count, size_t size) {
     return is_refused(count * size) ? nullptr : counted(__real_calloc(count, size));
@@ -91,5 +97,10 @@ char *__wrap_strdup(const char *string) {
 void __wrap_free(void *pointer) {
     s_live -= pointer != nullptr ? 1 : 0;
     __real_free(pointer);
+}
+
+int __wrap_strcmp(const char *left, const char *right) {
+    s_comparisons++;
+    return __real_strcmp(left, right);
 }
 }

@@ -1,66 +1,19 @@
 // The TRLV channel over socket pairs and loopback sockets. The peers are threads that speak raw bytes;
 // where one is slow on purpose it waits on its own socket, so that it ends with the call under test.
-#include <algorithm>
-#include <chrono>
 #include <csignal>
-#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
 #include <sys/time.h>
-#include <thread>
-#include <unistd.h>
 #include <utility>
 
 #include "harness.h"
+#include "peer.h"
 #include "support_memory.h"
-#include "support_socket.h"
-#include "tavisys_comm.h"
 
 using namespace harness;
 using namespace std::string_literals;
 
 namespace {
-
-constexpr INT32_T HEAD = sizeof(TRLV_MESSAGE_HEAD);
-constexpr INT32_T MEBIBYTE = 1024 * 1024;
-
-struct PAIR_T {
-    explicit PAIR_T(int type = SOCK_STREAM) { EXPECT_EQ(0, socketpair(AF_UNIX, type, 0, ends)); }
-    PAIR_T(const PAIR_T &) = delete;
-    PAIR_T &operator=(const PAIR_T &) = delete;
-    ~PAIR_T() {
-        close(ends[0]);
-        close(ends[1]);
-    }
-    int ours() const { return ends[0]; }
-    int peer() const { return ends[1]; }
-    int ends[2] = {-1, -1};
-};
-
-void say(int sock, const std::string &bytes) {
-    send_data_to_tcp_socket(sock, bytes.data(), static_cast<INT32_T>(bytes.size()));
-}
-
-std::string hear(int sock, size_t length) {
-    std::string bytes(length, '\0');
-    const INT32_T count = receive_data_from_tcp_socket(sock, bytes.data(), static_cast<INT32_T>(length), 5);
-    return bytes.substr(0, static_cast<size_t>(std::max(count, 0)));
-}
-
-void expect_seconds(double least, double most, const char *what, const std::function<void()> &call) {
-    const auto start = std::chrono::steady_clock::now();
-    call();
-    const double took = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    EXPECT_LT(least - 0.01, took) << what;
-    EXPECT_GT(most, took) << what;
-}
-
-std::string as_string(const void *body, INT32_T length) {
-    return body == nullptr ? "" : std::string(static_cast<const char *>(body), static_cast<size_t>(length));
-}
 
 // The result and one message, head and body; a body is stored for a message that has one, and for no failure.
 std::pair<INT32_T, std::string> receive(int sock, INT32_T timeout = 10) {
@@ -96,13 +49,6 @@ RTSTATUS answer(INT32_T type, PVOID body, INT32_T length, PVOID *reply, INT32_T 
     *reply = type == 5 || type == -5 ? nullptr : safe_strdup(text.c_str());
     *replylen = *reply == nullptr ? type : static_cast<INT32_T>(text.size());
     return type == 3 ? 3 : 0;
-}
-
-INT32_T port_of(INT32_T sock) {
-    sockaddr_in address{};
-    socklen_t size = sizeof address;
-    EXPECT_EQ(0, getsockname(sock, reinterpret_cast<sockaddr *>(&address), &size));
-    return ntohs(address.sin_port);
 }
 
 constexpr auto DEAL = "deal_data_from_tavisys_msg_channel";
@@ -190,11 +136,7 @@ TEST_F(Channel, ASilentOrTricklingPeerIsDroppedInTime) {
         calls.emplace_back([&c] {
             const PAIR_T pair;
             say(pair.peer(), c.at_once);
-            std::thread peer([&] {
-                pollfd hung_up{pair.peer(), POLLIN, 0};
-                for (size_t i = 0; i < c.slowly.size() && poll(&hung_up, 1, 200) == 0; i++)
-                    say(pair.peer(), c.slowly.substr(i, 1));
-            });
+            std::thread peer([&] { trickle(pair.peer(), c.slowly); });
             expect_seconds(1, 4, c.what, [&] { EXPECT_EQ(c.want, receive(pair.ours(), 1).first) << c.what; });
             shutdown(pair.ours(), SHUT_RDWR);
             peer.join();

@@ -1,11 +1,13 @@
 // What the tests of the library share. harness.cpp receives the library's log lines in place of zlog;
-// allocations.cpp counts the library's allocations and makes them fail (programs of the STATIC kind).
+// allocations.cpp counts the library's allocations and comparisons and makes allocations fail (programs of
+// the STATIC kind).
 #ifndef TAVISYS_TESTS_HARNESS_H
 #define TAVISYS_TESTS_HARNESS_H
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <ostream>
@@ -16,7 +18,7 @@
 
 namespace harness {
 
-// ---- Log lines
+// ---- What the library says
 
 struct LOG_LINE_T {
     std::string file;
@@ -29,10 +31,12 @@ inline std::ostream &operator<<(std::ostream &to, const LOG_LINE_T &line) {
     return to << line.file << ' ' << line.function << ' ' << line.level << ' ' << line.text;
 }
 
-// The lines that the library has logged since the last call.
+// The lines that the library has logged since the last call, addresses as "0x".
 std::vector<LOG_LINE_T> take_log();
+// What a call says on standard output, lines of the source as "[]" and addresses as "0x".
+std::string said_by(const std::function<void()> &call);
 
-// ---- Allocations of the library: calloc, malloc, realloc and strdup
+// ---- Work of the library: calloc, malloc, realloc, strdup and strcmp
 
 // Makes the nth allocation from now on fail, and only that one; 0 lets all succeed.
 void fail_nth_allocation(int nth);
@@ -43,6 +47,9 @@ long live_allocations();
 size_t bytes_allocated();
 size_t largest_allocation();
 void forget_allocations();
+
+// How often strings have been compared, which tells what a search costs.
+long string_comparisons();
 
 // Makes each allocation of a call fail in turn, until the call comes through without a failure. One that
 // fails has to say so and to leave nothing behind. Returns how many allocations there were.
@@ -59,6 +66,17 @@ int fail_each_allocation(CALL succeeds) {
         if (!failed)
             return nth - 1;
     }
+}
+
+// The same for a call that makes something, which is released.
+template <class CREATE, class RELEASE>
+int fail_each_creation(CREATE create, RELEASE release) {
+    return fail_each_allocation([&] {
+        auto *made = create();
+        const bool is_made = made != nullptr;
+        release(&made);
+        return is_made;
+    });
 }
 
 // A test that leaves none of the library's memory allocated and starts without log lines.
@@ -79,6 +97,14 @@ struct ANY_T {
         return static_cast<T *>(const_cast<void *>(to));
     }
 };
+
+template <class NODE>
+std::vector<NODE *> nodes_of(NODE *list) {
+    std::vector<NODE *> nodes;
+    for (; list != nullptr; list = static_cast<NODE *>(list->next))
+        nodes.push_back(list);
+    return nodes;
+}
 
 // ---- Bodies, written down item by item: wire(2, "电影", nullptr)
 

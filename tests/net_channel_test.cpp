@@ -21,11 +21,11 @@ LOG_LINE_T parse_line(RTSTATUS count, const std::string &text) {
 }
 
 // One exchange of type 1000. Returns its result; a body that it hands out goes to *body, with its NUL.
-RTSTATUS exchange(int sock, std::string *body) {
+RTSTATUS exchange(int sock, std::string *body, INT32_T timeout = 1) {
     PVOID reply = body;
     INT32_T length = -77;
     const RTSTATUS result =
-        exchange_data_in_net_communication_channel(sock, 1000, "ask", 3, &reply, &length, 1);
+        exchange_data_in_net_communication_channel(sock, 1000, "ask", 3, &reply, &length, timeout);
     EXPECT_EQ(result == 0, reply != body);
     EXPECT_EQ(result == 0, length != -77);
     if (result == 0 && reply != nullptr)
@@ -66,6 +66,10 @@ TEST_F(NetChannel, AHeadSplitsIntoThreeNumbersOrNotAtAll) {
         const std::vector log = {parse_line(c.want, c.text)};
         EXPECT_EQ(c.want == 0 ? std::vector<LOG_LINE_T>() : log, take_log());
     }
+    TP_MESSAGE_HEAD head{};
+    EXPECT_EQ(-1, parse_header_file(nullptr, &head));
+    EXPECT_EQ(-1, parse_header_file("0001|0002|00000003|", nullptr));
+    EXPECT_TRUE(take_log().empty());
 }
 
 TEST_F(NetChannel, SendsNineteenCharactersAndTheBody) {
@@ -73,17 +77,19 @@ TEST_F(NetChannel, SendsNineteenCharactersAndTheBody) {
         TP_MESSAGE_HEAD head;
         INT32_T want;
         std::string sent;
+        const char *body = "the body has so many bytes";
     } CASES[] = {
         {{1000, -1, 26}, 45, "1000|-001|00000026|the body has so many bytes"},
         {{5, 0, 0}, 19, "0005|0000|00000000|"},
+        {{5, 0, 3}, 19, "0005|0000|00000003|", nullptr},
         {{10010, 0, 3}, 22, "10010|0000|00000003the"}, // a type that doesn't fit is cut all the same
         {{5, 0, -1}, -1, "0005|0000|-0000001|"},
         {{5, 0, INT32_MAX - 18}, -1, ""},
     };
     for (const auto &c : CASES) {
         const PAIR_T pair;
-        EXPECT_EQ(c.want, send_data_to_net_communication_channel(pair.ours(), &c.head, 0,
-                                                                 "the body has so many bytes"));
+        EXPECT_EQ(-1, send_data_to_net_communication_channel(pair.ours(), nullptr, 0, c.body));
+        EXPECT_EQ(c.want, send_data_to_net_communication_channel(pair.ours(), &c.head, 0, c.body));
         shutdown(pair.ours(), SHUT_WR);
         EXPECT_EQ(c.sent, hear(pair.peer(), 100));
     }
@@ -131,6 +137,13 @@ TEST_F(NetChannel, TheReplyDecidesTheResultOfAnExchange) {
         EXPECT_GE(MEBIBYTE, largest_allocation()); // whatever the head claims
         EXPECT_EQ(c.log, take_log());
     }
+    const PAIR_T pair;
+    expect_seconds(1, 4, "a head has a second, whatever a body has",
+                   [&] { EXPECT_EQ(-1, exchange(pair.ours(), nullptr, 5)); });
+    say(pair.peer(), "1000|0000|00000002|ab"); // which nobody wants
+    EXPECT_EQ(0,
+              exchange_data_in_net_communication_channel(pair.ours(), 1000, nullptr, 0, nullptr, nullptr, 1));
+    EXPECT_EQ(std::vector{received(21)}, take_log());
     EXPECT_EQ(-1, exchange(-1, nullptr));
     EXPECT_EQ(std::vector{line("error, send data lens : -1\n")}, take_log());
 }
@@ -138,26 +151,23 @@ TEST_F(NetChannel, TheReplyDecidesTheResultOfAnExchange) {
 TEST_F(NetChannel, APeerAnswersOverTheLoopbackAndMemoryMayRunShort) {
     const std::string text(3 * MEBIBYTE + 5, 'b');
     const INT32_T listener = create_tcp_server_socket(0);
-    bool failed = true;
-    for (int nth = 1; failed; nth++) {
-        std::thread peer([&] {
-            const INT32_T sock = create_tcp_accept_socket(listener);
-            const TP_MESSAGE_HEAD head{1000, 0, static_cast<INT32_T>(text.size())};
-            EXPECT_EQ("1000|0000|00000003|ask", hear(sock, 22));
-            send_data_to_net_communication_channel(sock, &head, 19, text.c_str());
-            close_tcp_socket(sock);
-        });
-        INT32_T sock = -1;
-        EXPECT_EQ(0, create_tcp_client_socket("127.0.0.1", port_of(listener), &sock));
-        fail_nth_allocation(nth);
-        std::string body;
-        const RTSTATUS result = exchange(sock, &body);
-        failed = an_allocation_failed();
-        EXPECT_EQ(failed ? -1 : 0, result);
-        EXPECT_TRUE(body == (failed ? "" : text + '\0'));
-        EXPECT_EQ(line(failed ? "创建失败!" : "接收大小3145752", failed ? 80 : 40), take_log().at(0));
-        close_tcp_socket(sock);
-        peer.join();
-    }
+    EXPECT_LT(1, fail_each_allocation([&] {
+                  std::thread peer([&] {
+                      const INT32_T sock = create_tcp_accept_socket(listener);
+                      const TP_MESSAGE_HEAD head{1000, 0, static_cast<INT32_T>(text.size())};
+                      EXPECT_EQ("1000|0000|00000003|ask", hear(sock, 22));
+                      send_data_to_net_communication_channel(sock, &head, 19, text.c_str());
+                      close_tcp_socket(sock);
+                  });
+                  INT32_T sock = -1;
+                  EXPECT_EQ(0, create_tcp_client_socket("127.0.0.1", port_of(listener), &sock));
+                  std::string body;
+                  const bool is_done = exchange(sock, &body) == 0;
+                  EXPECT_TRUE(body == (is_done ? text + '\0' : ""));
+                  EXPECT_EQ(is_done ? line("接收大小3145752", 40) : line("创建失败!"), take_log().at(0));
+                  close_tcp_socket(sock);
+                  peer.join();
+                  return is_done;
+              }));
     close_tcp_socket(listener);
 }

@@ -19,6 +19,7 @@
 
 namespace harness {
 
+constexpr INT32_T HEAD = sizeof(TRLV_MESSAGE_HEAD);
 constexpr INT32_T MEBIBYTE = 1024 * 1024;
 
 class PAIR_T {
@@ -28,15 +29,10 @@ public:
     PAIR_T &operator=(const PAIR_T &) = delete;
     ~PAIR_T() {
         close(ends_[0]);
-        close_peer();
+        close(ends_[1]);
     }
     int ours() const { return ends_[0]; }
     int peer() const { return ends_[1]; }
-    void close_peer() {
-        if (ends_[1] >= 0)
-            close(ends_[1]);
-        ends_[1] = -1;
-    }
 
 private:
     int ends_[2] = {-1, -1};
@@ -90,7 +86,7 @@ inline std::string serve(const std::string &reply, const std::function<void()> &
     std::string request;
     std::thread server([&] {
         const INT32_T sock = monitor_tavisys_msg_channel(listener);
-        request = hear(sock, sizeof(TRLV_MESSAGE_HEAD));
+        request = hear(sock, HEAD);
         const size_t length = request.empty() ? 0 : static_cast<unsigned char>(request[8]);
         request += hear(sock, length); // all requests are short
         say(sock, reply);

@@ -17,13 +17,18 @@ const std::string DEFAULT_NAME("影柜播放机\0", 16);
 
 class PlayerName : public testing::Test {
 protected:
-    void SetUp() override { move(NAME_FILE, SAVED); }
+    void SetUp() override {
+        if (exists(symlink_status(SAVED))) // by a run that died: what is there now is that run's
+            std::filesystem::remove(NAME_FILE);
+        else
+            move(NAME_FILE, SAVED);
+    }
     void TearDown() override {
         std::filesystem::remove(NAME_FILE);
         move(SAVED, NAME_FILE);
     }
     static void move(const std::filesystem::path &from, const std::filesystem::path &to) {
-        if (std::filesystem::exists(from))
+        if (exists(symlink_status(from)))
             std::filesystem::rename(from, to);
     }
 };

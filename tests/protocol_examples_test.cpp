@@ -5,23 +5,16 @@
 #include <cstdlib>
 #include <fstream>
 #include <map>
-#include <poll.h>
 #include <set>
 #include <sstream>
-#include <string>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include "codec_kind_info.h"
 #include "codec_player_status_info.h"
-#include "harness.h"
-#include "support_memory.h"
+#include "peer.h"
+#include "record_family.h"
 #include "tavisys_agent_api.h"
-#include "tavisys_comm.h"
 
-using harness::wire;
+using namespace harness;
 
 namespace {
 
@@ -45,7 +38,7 @@ std::map<std::string, std::string> blocks_of(const std::string &language) {
 }
 
 // The bytes of a hex block; what stands behind a # is a comment.
-std::string message(const std::string &name) {
+std::string shown(const std::string &name) {
     static const std::map<std::string, std::string> BLOCKS = blocks_of("hex");
     std::string bytes;
     std::istringstream from(BLOCKS.at(name));
@@ -62,28 +55,15 @@ std::string message(const std::string &name) {
 INT32_T size_of(const std::string &body) {
     return static_cast<INT32_T>(body.size());
 }
-std::string bytes(const void *from, INT32_T length) {
-    return {static_cast<const char *>(from), static_cast<size_t>(length)};
-}
-
-// What an encoder makes of the arguments.
-template <class ENCODE, class... ARGUMENT>
-std::string encoded(ENCODE encode, const ARGUMENT &...argument) {
-    PVOID body = nullptr;
-    INT32_T length = 0;
-    EXPECT_EQ(0, encode(argument..., &body, &length));
-    std::string result = bytes(body, length);
-    safe_free(body);
-    return result;
-}
 
 // What becomes of a body that is decoded and encoded again.
-template <class RECORD, auto DECODE, auto ENCODE, auto DELETE>
+template <auto ENCODE, auto DECODE, auto DELETE>
 std::string recoded(const std::string &body) {
-    RECORD *record = nullptr;
-    EXPECT_EQ(size_of(body), DECODE(body.data(), size_of(body), &record));
-    std::string result = encoded(ENCODE, record);
-    DELETE(&record);
+    const FAMILY_T erased = family<ENCODE, DECODE, DELETE>("", body);
+    void *record = nullptr;
+    EXPECT_EQ(size_of(body), erased.decode(body.data(), size_of(body), &record));
+    std::string result = encoded(erased.encode, record);
+    erased.release(&record);
     return result;
 }
 
@@ -99,20 +79,17 @@ RTSTATUS encode_page(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *page, PVOID
                                                         page->list == nullptr ? &no_movie : page->list};
     return ENCODE(&sent, to, length);
 }
-constexpr auto PAGE =
-    recoded<TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T, decode_tavisys_basic_movie_ext_information_from_message,
-            encode_page<encode_tavisys_basic_movie_ext_information_to_message>,
-            delete_tavisys_basic_movie_ext_information>;
-constexpr auto TOUCH_PAGE = recoded<TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T,
+constexpr auto PAGE = recoded<encode_page<encode_tavisys_basic_movie_ext_information_to_message>,
+                              decode_tavisys_basic_movie_ext_information_from_message,
+                              delete_tavisys_basic_movie_ext_information>;
+constexpr auto TOUCH_PAGE = recoded<encode_page<encode_touchscreen_basic_movie_ext_information_to_message>,
                                     decode_touchscreen_basic_movie_ext_information_from_message,
-                                    encode_page<encode_touchscreen_basic_movie_ext_information_to_message>,
                                     delete_tavisys_basic_movie_ext_information>;
 constexpr auto DISKS =
-    recoded<TP_TAVISYS_HARDDISK_INFORMATION_LIST_T, decode_tavisys_harddisk_information_list_from_message,
-            encode_tavisys_harddisk_information_list_to_message, release_tavisys_harddisk_information_list>;
-constexpr auto MOVIES = recoded<TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T,
+    recoded<encode_tavisys_harddisk_information_list_to_message,
+            decode_tavisys_harddisk_information_list_from_message, release_tavisys_harddisk_information_list>;
+constexpr auto MOVIES = recoded<encode_tp_tavisys_dbdata_movie_information_list_to_message_packed,
                                 decode_tp_tavisys_dbdata_movie_information_list_from_message,
-                                encode_tp_tavisys_dbdata_movie_information_list_to_message_packed,
                                 delete_tp_tavisys_dbdata_movie_information_list>;
 
 struct EXAMPLE_T {
@@ -148,30 +125,32 @@ std::string position(std::string disk, std::string partition) {
 
 const EXAMPLE_T EXAMPLES[] = {
     {"version-request", "version-reply", 1000, 0, "", wire("1.0.0", "影柜", nullptr),
-     recoded<TP_TAVISYS_VERSION_INFORMATION_T, decode_tavisys_version_information_from_message,
-             encode_tavisys_version_information_to_message, delete_tavisys_version_information>},
+     recoded<encode_tavisys_version_information_to_message, decode_tavisys_version_information_from_message,
+             delete_tavisys_version_information>},
     {nullptr, "status-reply", 1001, 0, "", wire(2, 30, 18, 1, 11),
-     recoded<TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T, decode_tavisys_sysrun_status_information_from_message,
-             encode_tavisys_sysrun_status_information_to_message, delete_tavisys_sysrun_status_information>},
+     recoded<encode_tavisys_sysrun_status_information_to_message,
+             decode_tavisys_sysrun_status_information_from_message,
+             delete_tavisys_sysrun_status_information>},
     {nullptr, "system-reply", 1002, 0, "", wire(2, 28),
-     recoded<TP_TAVISYS_SYSTEM_INFORMATION_T, decode_tavisys_system_information_from_message,
-             encode_tavisys_system_information_to_message, delete_tavisys_system_information>},
+     recoded<encode_tavisys_system_information_to_message, decode_tavisys_system_information_from_message,
+             delete_tavisys_system_information>},
     {nullptr, "categories-reply", 1003, 0, "", wire(2, 1, "电影", 23, 2, "电视剧", 5),
-     recoded<TP_TAVISYS_CATEGORY_INFORMATION_LIST_T, decode_tavisys_category_information_list_from_message,
-             encode_tavisys_category_information_list_to_message, delete_tavisys_category_information_list>},
+     recoded<encode_tavisys_category_information_list_to_message,
+             decode_tavisys_category_information_list_from_message,
+             delete_tavisys_category_information_list>},
     {nullptr, "kinds-reply", 1004, 0, "", wire(2, 1, "全部", 23, 2, "剧情", 14),
-     recoded<TP_TAVISYS_KIND_INFORMATION_LIST_T, decode_tavisys_kind_information_from_message,
-             encode_tavisys_kind_information_list_to_message, delete_tavisys_kind_information_list>},
+     recoded<encode_tavisys_kind_information_list_to_message, decode_tavisys_kind_information_from_message,
+             delete_tavisys_kind_information_list>},
     {"filters-request", "filters-reply", 1005, 0, wire(2, 1), wire(3, 1, "全部", 2, "中国", 3, "香港"),
-     recoded<TP_TAVISYS_FILTER_INFORMATION_LIST_T, decode_tavisys_filter_information_list_from_message,
-             encode_tavisys_filter_information_list_to_message, delete_tavisys_filter_information_list>},
+     recoded<encode_tavisys_filter_information_list_to_message,
+             decode_tavisys_filter_information_list_from_message, delete_tavisys_filter_information_list>},
     {"page-request", "page-reply", 1006, 0, wire(1, 0, 3, 0, 0, 1, 20, 2), PAGE_1, PAGE},
     {nullptr, "empty-page-reply", 1006, 0, wire(1, 0, 3, 0, 0, 3, 20, 2), wire(3, 20, 1, 1, 0, 0), PAGE},
     {"detail-request", "detail-reply", 1007, 0, wire(1, 15),
      wire("霸王别姬", 1993, 1, 2, "2D", BIG, 1, "导演", 1, "陈凯歌", 1, "主演", 2, "张国荣", "巩俐", 0, 1,
           "时长", "171分钟", 0, 2, 2, 1, 1, "上集", (FOLDER + "videos/1.mkv").c_str(), 2, 2, "下集", nullptr),
-     recoded<TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T, decode_tavisys_detail_movie_information_from_message,
-             encode_tavisys_detail_movie_information_to_message, release_tavisys_detail_movie_information>},
+     recoded<encode_tavisys_detail_movie_information_to_message,
+             decode_tavisys_detail_movie_information_from_message, release_tavisys_detail_movie_information>},
     {nullptr, "poster-reply", 1008, 0, "", FOLDER + "posters/b.jpg", as_it_is},
     {nullptr, "disks-reply", 3000, 0, "", wire(2, DISK_A, DISK_B), DISKS},
     {"disk-request", "disk-reply", 3001, 0, position("sdb", ""), wire(1, DISK_B), DISKS},
@@ -185,19 +164,15 @@ const EXAMPLE_T EXAMPLES[] = {
 };
 
 std::string request_of(const EXAMPLE_T &each) {
-    return each.request != nullptr ? message(each.request)
-                                   : wire(each.type, 0, size_of(each.question), each.question);
+    return each.request != nullptr ? shown(each.request) : message(each.type, 0, each.question);
 }
 
 // ---- Bodies without a message type
 
-// A string that a decoder hands out.
-struct TEXT_T {
-    INT8_T *text = nullptr;
-    TEXT_T() = default;
-    TEXT_T(const TEXT_T &) = delete;
-    TEXT_T &operator=(const TEXT_T &) = delete;
-    ~TEXT_T() { safe_free(text); }
+// Strings that a decoder hands out.
+struct TEXTS_T {
+    INT8_T *of[4] = {};
+    ~TEXTS_T() { std::for_each(std::begin(of), std::end(of), safe_free); }
 };
 
 using IDS_T = TP_TAVISYS_MOVIE_ID_INFORMATION_T;
@@ -208,11 +183,12 @@ INT32_T decode_ids(const void *body, INT32_T length, IDS_T **ids) {
 }
 
 std::string ids_with_uuid(const std::string &body) {
-    TEXT_T uuid;
+    TEXTS_T text;
     INT32_T rid = 0;
     IDS_T *ids = nullptr;
-    EXPECT_EQ(size_of(body), decode_movid_info_to_buffer(body.data(), size_of(body), &uuid.text, &rid, &ids));
-    std::string result = encoded(encode_movid_info_to_buffer, uuid.text, rid, ids);
+    EXPECT_EQ(size_of(body),
+              decode_movid_info_to_buffer(body.data(), size_of(body), &text.of[0], &rid, &ids));
+    std::string result = encoded(encode_movid_info_to_buffer, text.of[0], rid, ids);
     delete_tavisys_movie_id_information(&ids);
     return result;
 }
@@ -221,39 +197,29 @@ INT32_T decode_hdvideos(const void *body, INT32_T length, HDVIDEO_T **videos) {
     return decode_hdvideo_list_information_from_message(body, length, videos) == 0 ? length : -1;
 }
 
-std::string videos(const std::string &body) {
-    const std::string movie = wire(1, nullptr, body);
-    HDVIDEO_T *list = nullptr;
-    EXPECT_EQ(size_of(movie), decode_hdvideos(movie.data(), size_of(movie), &list));
-    std::string result(body.size(), '\0');
-    EXPECT_EQ(size_of(body), encode_video_list_to_message(list->list, result.data(), size_of(body)));
-    delete_hard_disk_videolist(&list);
-    return result;
-}
-
 std::string mid_vid(const std::string &body) {
-    TEXT_T mid, vid;
-    EXPECT_EQ(size_of(body), decode_mid_vid_to_buffer(body.data(), size_of(body), &mid.text, &vid.text));
-    return wire(size_of(body) - 4, encoded(encode_mid_vid_to_buffer, mid.text, vid.text));
+    TEXTS_T text;
+    EXPECT_EQ(size_of(body), decode_mid_vid_to_buffer(body.data(), size_of(body), &text.of[0], &text.of[1]));
+    return wire(size_of(body) - 4, encoded(encode_mid_vid_to_buffer, text.of[0], text.of[1]));
 }
 
 std::string basic_movie(const std::string &body) {
-    TEXT_T hdsn, name, movsn, dimension;
+    TEXTS_T text;
     INT32_T length = size_of(body), index = 0, duration = 0;
-    EXPECT_EQ(length, decode_basic_movie_to_buffer(body.data(), &length, &index, &duration, &hdsn.text,
-                                                   &name.text, &movsn.text, &dimension.text));
+    EXPECT_EQ(length, decode_basic_movie_to_buffer(body.data(), &length, &index, &duration, &text.of[0],
+                                                   &text.of[1], &text.of[2], &text.of[3]));
     std::string items(body.size() - 4, '\0');
     EXPECT_EQ(size_of(items),
-              encode_basic_movie_argument_to_buffer(index, duration, hdsn.text, name.text, movsn.text,
-                                                    dimension.text, items.data(), size_of(items)));
+              encode_basic_movie_argument_to_buffer(index, duration, text.of[0], text.of[1], text.of[2],
+                                                    text.of[3], items.data(), size_of(items)));
     return wire(size_of(items), items);
 }
 
 std::string movie_path(const std::string &body) {
-    TEXT_T device, path;
+    TEXTS_T text;
     EXPECT_EQ(size_of(body),
-              decode_ffmpegc_movie_path_from_buffer(body.data(), size_of(body), &device.text, &path.text));
-    return encoded(encode_ffmpegc_movie_path_to_buffer, device.text, path.text);
+              decode_ffmpegc_movie_path_from_buffer(body.data(), size_of(body), &text.of[0], &text.of[1]));
+    return encoded(encode_ffmpegc_movie_path_to_buffer, text.of[0], text.of[1]);
 }
 
 const std::string IDS = wire(2, 15, 16, 17, 18);
@@ -265,18 +231,19 @@ const struct {
     std::string (*recoded)(const std::string &);
 } BODIES[] = {
     {"movie-ids", wire(IDS, 0),
-     recoded<IDS_T, decode_ids, encode_tavisys_movie_id_information_to_message,
+     recoded<encode_tavisys_movie_id_information_to_message, decode_ids,
              delete_tavisys_movie_id_information>},
     {"movie-ids-with-uuid", wire("6f1c2a52-3d0e-4b7a-9c55-0a1b2c3d4e5f", 7, IDS), ids_with_uuid},
-    {"videos", VIDEOS, videos},
+    {"videos", VIDEOS, as_it_is}, // as part of the next
     {"videos-by-code", wire(1, "TV1993-0015", VIDEOS),
-     recoded<HDVIDEO_T, decode_hdvideos, encode_hdvideo_list_to_message, delete_hard_disk_videolist>},
+     recoded<encode_hdvideo_list_to_message, decode_hdvideos, delete_hard_disk_videolist>},
     {"mid-vid", wire(12, "15", "16"), mid_vid},
     {"basic-movie", wire(48, 1, 171, "SN100001", "霸王别姬", "15", "2D"), basic_movie},
     {"movie-path", wire("sda1", "TV1993-0015/videos/TV1993-0015.mkv"), movie_path},
     {"player-status", wire(1, "TV1993-0015.mkv", "videos", 90, 10260, 0, 30, 15, 16, 1, 1),
-     recoded<TP_TAVISYS_PLAYER_STATUS_INFORMATION_T, decode_tavisys_player_status_information_from_message,
-             encode_tavisys_player_status_information_to_message, delete_tavisys_player_status_information>},
+     recoded<encode_tavisys_player_status_information_to_message,
+             decode_tavisys_player_status_information_from_message,
+             delete_tavisys_player_status_information>},
 };
 
 // ---- Both ends of the channel
@@ -285,37 +252,18 @@ EXAMPLE_T asked; // what the handler expects and answers
 
 RTSTATUS answer(INT32_T type, PVOID body, INT32_T length, PVOID *reply, INT32_T *replylen) {
     EXPECT_EQ(asked.type, type);
-    EXPECT_EQ(asked.question, bytes(body, length));
+    EXPECT_EQ(asked.question, as_string(body, length));
     *replylen = size_of(asked.answer);
     *reply = calloc(1, asked.answer.size() + 1);
     memcpy(*reply, asked.answer.data(), asked.answer.size());
     return asked.result;
 }
 
-// A connected pair of sockets: the library has one end; the test has the other, from which it has sent.
-class PAIR_T {
-public:
-    explicit PAIR_T(const std::string &sent) {
-        EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends_));
-        EXPECT_EQ(size_of(sent), write(ends_[1], sent.data(), sent.size()));
-    }
-    PAIR_T(const PAIR_T &) = delete;
-    PAIR_T &operator=(const PAIR_T &) = delete;
-    ~PAIR_T() {
-        close(ends_[0]);
-        close(ends_[1]);
-    }
-    int library() const { return ends_[0]; }
-    std::string received() const { // all that the library has sent
-        shutdown(ends_[0], SHUT_WR);
-        char piece[4096];
-        const ssize_t count = recv(ends_[1], piece, sizeof piece, MSG_WAITALL);
-        return bytes(piece, static_cast<INT32_T>(count));
-    }
-
-private:
-    int ends_[2] = {-1, -1};
-};
+// All that the library has sent over its end.
+std::string sent_over(const PAIR_T &pair) {
+    shutdown(pair.ours(), SHUT_WR);
+    return hear(pair.peer(), 4096);
+}
 
 TEST(ProtocolExamples, EveryBlockOfTheDocumentIsHeldAgainstTheLibrary) {
     std::set<std::string> covered = {"text-request", "text-reply"};
@@ -332,14 +280,15 @@ TEST(ProtocolExamples, EveryBlockOfTheDocumentIsHeldAgainstTheLibrary) {
 TEST(ProtocolExamples, AClientSendsTheRequestsAndReadsTheReplies) {
     for (const EXAMPLE_T &each : EXAMPLES) {
         SCOPED_TRACE(each.reply);
-        const PAIR_T pair(message(each.reply));
+        const PAIR_T pair;
+        say(pair.peer(), shown(each.reply));
         PVOID body = nullptr;
         INT32_T length = 0;
         EXPECT_EQ(each.result,
-                  exchange_data_in_tavisys_msg_channel(pair.library(), each.type, each.question.data(),
+                  exchange_data_in_tavisys_msg_channel(pair.ours(), each.type, each.question.data(),
                                                        size_of(each.question), &body, &length, 5));
-        EXPECT_EQ(request_of(each), pair.received());
-        EXPECT_EQ(each.answer, bytes(body, length));
+        EXPECT_EQ(request_of(each), sent_over(pair));
+        EXPECT_EQ(each.answer, as_string(body, length));
         EXPECT_EQ(each.answer, each.recoded(each.answer));
         safe_free(body);
     }
@@ -348,40 +297,40 @@ TEST(ProtocolExamples, AClientSendsTheRequestsAndReadsTheReplies) {
 TEST(ProtocolExamples, AServerReadsTheRequestsAndSendsTheReplies) {
     for (const EXAMPLE_T &each : EXAMPLES) {
         SCOPED_TRACE(each.reply);
-        const PAIR_T pair(request_of(each));
+        const PAIR_T pair;
+        say(pair.peer(), request_of(each));
         asked = each;
-        EXPECT_LT(0, deal_data_from_tavisys_msg_channel(pair.library(), answer));
-        EXPECT_EQ(message(each.reply), pair.received());
+        EXPECT_LT(0, deal_data_from_tavisys_msg_channel(pair.ours(), answer));
+        EXPECT_EQ(shown(each.reply), sent_over(pair));
     }
 }
 
 TEST(ProtocolExamples, WhatIsEncodedBesidesRepliesIsAsShown) {
     for (const auto &each : BODIES) {
         SCOPED_TRACE(each.name);
-        EXPECT_EQ(each.body, message(each.name));
+        EXPECT_EQ(each.body, shown(each.name));
         EXPECT_EQ(each.body, each.recoded(each.body));
     }
-    EXPECT_EQ(
-        CODES,
-        (recoded<TP_TAVISYS_MSGTYPE_REQUEST_MOVIE_INFO_ARGS_T, decode_movinfo_request_information_from_buffer,
-                 encode_movinfo_request_information_to_message,
-                 delete_tp_tavisys_movieinfo_request_information>(CODES)));
+    EXPECT_EQ(CODES, (recoded<encode_movinfo_request_information_to_message,
+                              decode_movinfo_request_information_from_buffer,
+                              delete_tp_tavisys_movieinfo_request_information>(CODES)));
 }
 
 TEST(ProtocolExamples, TheTextHeadedChannelSendsAndReadsItsHeads) {
-    const PAIR_T pair(message("text-reply"));
+    const PAIR_T pair;
+    say(pair.peer(), shown("text-reply"));
     PVOID body = nullptr;
     INT32_T length = 0;
-    EXPECT_EQ(
-        0, exchange_data_in_net_communication_channel(pair.library(), 1000, nullptr, 0, &body, &length, 5));
-    EXPECT_EQ(message("text-request"), pair.received());
-    EXPECT_EQ("1.0.0", bytes(body, length));
+    EXPECT_EQ(0,
+              exchange_data_in_net_communication_channel(pair.ours(), 1000, nullptr, 0, &body, &length, 5));
+    EXPECT_EQ(shown("text-request"), sent_over(pair));
+    EXPECT_EQ("1.0.0", as_string(body, length));
     safe_free(body);
 
-    const PAIR_T server("");
+    const PAIR_T server;
     const TP_MESSAGE_HEAD head{1000, 0, 5};
-    EXPECT_EQ(24, send_data_to_net_communication_channel(server.library(), &head, 0, "1.0.0"));
-    EXPECT_EQ(message("text-reply"), server.received());
+    EXPECT_EQ(24, send_data_to_net_communication_channel(server.ours(), &head, 0, "1.0.0"));
+    EXPECT_EQ(shown("text-reply"), sent_over(server));
 }
 
 TEST(ProtocolExamples, ThePythonClientPrintsTheFirstPage) {

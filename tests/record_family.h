@@ -22,27 +22,36 @@ struct FAMILY_T {
     bool tells_bytes = true; // otherwise decoding well is 0
 };
 
-template <auto ENCODE, auto DECODE, auto RELEASE, class RECORD>
-FAMILY_T erase(const char *name, const std::string &wire, void (*)(RECORD **)) {
-    return {name, wire,
-            [](const void *record, PVOID *body, INT32_T *length) {
-                return ENCODE(static_cast<const RECORD *>(record), body, length);
-            },
-            [](const void *body, INT32_T length, void **out) {
-                return DECODE(body, length, reinterpret_cast<RECORD **>(out));
-            },
-            [](void **record) {
-                RELEASE(reinterpret_cast<RECORD **>(record));
-                *record = nullptr; // a list's delete leaves the pointer
-            }};
-}
 template <auto ENCODE, auto DECODE, auto RELEASE>
 FAMILY_T family(const char *name, const std::string &wire) {
-    return erase<ENCODE, DECODE, RELEASE>(name, wire, RELEASE);
+    return {
+        name, wire,
+        [](const void *record, PVOID *body, INT32_T *length) { return ENCODE(ANY_T{record}, body, length); },
+        [](const void *body, INT32_T length, void **out) { return DECODE(body, length, ANY_T{out}); },
+        [](void **record) {
+            RELEASE(ANY_T{record});
+            *record = nullptr; // a list's delete leaves the pointer
+        }};
 }
 
 // The program's own.
-const std::vector<FAMILY_T> &families();
+extern const std::vector<FAMILY_T> FAMILIES;
+
+inline const FAMILY_T &family_of(const std::string &name) {
+    for (const FAMILY_T &family : FAMILIES)
+        if (family.name == name)
+            return family;
+    throw std::invalid_argument(name);
+}
+
+// A record of the family, from its body.
+template <class RECORD>
+RECORD *decoded(const char *name) {
+    const FAMILY_T &family = family_of(name);
+    void *record = nullptr;
+    family.decode(family.wire.data(), static_cast<INT32_T>(family.wire.size()), &record);
+    return static_cast<RECORD *>(record);
+}
 
 // The bytes that an encoder makes; none when it fails, which leaves its out-arguments alone.
 template <class ENCODE, class... ARGUMENT>
@@ -60,25 +69,8 @@ std::string encoded(ENCODE encode, ARGUMENT... argument) {
     return bytes;
 }
 
-// What a call says on standard output, lines of the source as "[]" and addresses as "0x".
-std::string said_by(const std::function<void()> &call);
 // Calls with every beginning of a body, from none of it to all.
 void each_cut(const std::string &whole, const std::function<void(const BODY_T &part)> &call);
-
-using Fields = LEAK_CHECKED_T;
-
-template <class RECORD, class DECODE>
-RECORD *decoded(const FAMILY_T &family, DECODE decode) {
-    RECORD *record = nullptr;
-    decode(family.wire.data(), static_cast<INT32_T>(family.wire.size()), &record);
-    return record;
-}
-inline const FAMILY_T &family_of(const std::string &name) {
-    for (const FAMILY_T &family : families())
-        if (family.name == name)
-            return family;
-    throw std::invalid_argument(name);
-}
 
 } // namespace harness
 

@@ -1,5 +1,6 @@
 // The storage positions. What a delete leaves to its caller is freed by the tests, so that the fixture
 // sees whatever else is left.
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "dbdata_host.h"
@@ -38,34 +39,32 @@ HOST_T *tree() {
 }
 
 // The keys of a list, in order.
-const INT8_T *key_of(const DBDATA_HOST_INFORMATION_T *info) {
-    return info->ipaddr;
-}
-const INT8_T *key_of(const DBDATA_SHAREDIR_INFORMATION_T *info) {
-    return info->sharedir;
-}
-const INT8_T *key_of(const auto *info) {
-    return info->devname;
-}
 template <class NODE>
 std::string keys_of(const NODE *list) {
     std::string keys;
-    for (; list != nullptr; list = static_cast<const NODE *>(list->next))
-        keys += (keys.empty() ? "" : " ") + std::string(key_of(list->info));
+    for (const NODE *node : nodes_of(list)) {
+        keys += keys.empty() ? "" : " ";
+        if constexpr (std::is_same_v<NODE, HOST_T>)
+            keys += node->info->ipaddr;
+        else if constexpr (std::is_same_v<NODE, SHAREDIR_T>)
+            keys += node->info->sharedir;
+        else
+            keys += node->info->devname;
+    }
     return keys;
 }
 
-// Adds the nodes and returns the results in a row. A node that the list has not taken is released.
+// Adds the nodes and returns the results in a row, behind those without a list and without a node. A node
+// that the list has not taken is released.
 template <class NODE>
 std::string add_all(NODE **list, RTSTATUS (*add)(NODE **, NODE *), void (*release)(NODE **),
                     std::initializer_list<NODE *> nodes) {
-    std::string results;
+    std::string results =
+        std::to_string(add(nullptr, *nodes.begin())) + std::to_string(add(list, nullptr)) + ' ';
     for (NODE *node : nodes) {
         results += std::to_string(add(list, node));
-        const NODE *other = *list;
-        while (other != nullptr && other != node)
-            other = static_cast<const NODE *>(other->next);
-        if (other == nullptr)
+        const auto taken = nodes_of(*list);
+        if (std::find(taken.begin(), taken.end(), node) == taken.end())
             release(&node);
     }
     return results;
@@ -107,7 +106,7 @@ TEST_F(StoragePosition, AnAddedHostDropsThoseBeforeTheFirstGreaterAddressAnInser
     for (const bool inserts : {false, true}) {
         HOST_T *list = nullptr;
         HOST_T *first = host("10.0.0.5");
-        EXPECT_EQ(inserts ? "000001-1" : "0000010",
+        EXPECT_EQ(inserts ? "-1-1 000001-1" : "00 0000010",
                   add_all(&list,
                           inserts ? insert_node_to_dbdata_host_information_list
                                   : add_node_to_dbdata_host_information_list,
@@ -127,16 +126,18 @@ TEST_F(StoragePosition, AnAddedHostDropsThoseBeforeTheFirstGreaterAddressAnInser
 
 TEST_F(StoragePosition, DisksAndPartitionsNeedAnIdUnlessAtTheHeadButAreToldApartByName) {
     DISK_T *disks = nullptr;
-    EXPECT_EQ("00001", add_all(&disks, add_node_to_dbdata_harddisk_information_list,
-                               release_dbdata_harddisk_information_list,
-                               {disk("sda", nullptr), disk("sdb", nullptr), disk("sdc", "S"),
-                                disk("sdd", "S"), disk("sda", "S4")}));
+    EXPECT_EQ("00 00001", add_all(&disks, add_node_to_dbdata_harddisk_information_list,
+                                  release_dbdata_harddisk_information_list,
+                                  {disk("sda", nullptr), disk("sdb", nullptr), disk("sdc", "S"),
+                                   disk("sdd", "S"), disk("sda", "S4")}));
     EXPECT_EQ("sda sdc sdd", keys_of(disks));
+    EXPECT_EQ(nullptr, found_node_from_dbdata_harddisk_information_list_by_serialno(disks, nullptr));
+    EXPECT_EQ(nullptr, take_node_from_dbdata_harddisk_information_list_by_serialno(&disks, nullptr));
     EXPECT_EQ(2, dbdata_get_harddisks_from_dbdata_harddisk_information_list(disks));
-    EXPECT_EQ("00001", add_all(&disks->list, add_node_to_dbdata_partition_information_list,
-                               release_dbdata_partition_information_list,
-                               {partition("sda1", nullptr), partition("sda2", nullptr),
-                                partition("sda3", "U"), partition("sda4", "U"), partition("sda1", "U4")}));
+    EXPECT_EQ("00 00001", add_all(&disks->list, add_node_to_dbdata_partition_information_list,
+                                  release_dbdata_partition_information_list,
+                                  {partition("sda1", nullptr), partition("sda2", nullptr),
+                                   partition("sda3", "U"), partition("sda4", "U"), partition("sda1", "U4")}));
     EXPECT_EQ("sda1 sda3 sda4", keys_of(disks->list));
     EXPECT_EQ(15, dbdata_get_movies_from_dbdata_partition_information_list(disks->list));
     EXPECT_EQ(15, dbdata_get_movies_from_dbdata_harddisk_information_list(disks)); // not the disks' 50 each
@@ -145,10 +146,10 @@ TEST_F(StoragePosition, DisksAndPartitionsNeedAnIdUnlessAtTheHeadButAreToldApart
 
 TEST_F(StoragePosition, DirectoriesAreOrderedByTheirFirstByteAsASignedOne) {
     SHAREDIR_T *list = nullptr;
-    EXPECT_EQ("0000010", add_all(&list, add_node_to_dbdata_sharedir_information_list,
-                                 release_dbdata_sharedir_information_list,
-                                 {sharedir("/b"), sharedir("/a"), sharedir("!"), sharedir("影片"),
-                                  sharedir("0"), sharedir("/a"), sharedir(nullptr)}));
+    EXPECT_EQ("00 0000010", add_all(&list, add_node_to_dbdata_sharedir_information_list,
+                                    release_dbdata_sharedir_information_list,
+                                    {sharedir("/b"), sharedir("/a"), sharedir("!"), sharedir("影片"),
+                                     sharedir("0"), sharedir("/a"), sharedir(nullptr)}));
     EXPECT_EQ("影片 ! /b /a 0", keys_of(list));
     EXPECT_EQ(5, dbdata_get_number_from_dbdata_sharedir_information_list(list));
     EXPECT_EQ(list, found_node_from_dbdata_sharedir_information_list_by_sharedir(list, "影片"));
@@ -173,10 +174,14 @@ TEST_F(StoragePosition, LookupsAndRemovalsTakeTheFirstMatch) {
     EXPECT_EQ(partitions->next, found_node_from_dbdata_partition_information_list_by_uuid(partitions, "U2"));
     EXPECT_EQ(partitions, found_node_from_dbdata_partition_information_list_by_devname(partitions, "sda1"));
     EXPECT_TRUE(take_log().empty());
-    EXPECT_EQ(nullptr, found_node_from_dbdata_partition_information_list_by_devname(nullptr, nullptr));
-    EXPECT_EQ(std::vector({LOG_LINE_T{"dbdata_position/dbdata_partition.c",
-                                      "found_node_from_dbdata_partition_information_list_by_devname", 80,
-                                      "参数获取出错,list((nil)) devname((nil))"}}),
+    EXPECT_EQ(nullptr, found_node_from_dbdata_partition_information_list_by_devname(nullptr, "sda1"));
+    EXPECT_EQ(nullptr, found_node_from_dbdata_partition_information_list_by_devname(partitions, nullptr));
+    const auto missing = [](const char *text) {
+        return LOG_LINE_T{"dbdata_position/dbdata_partition.c",
+                          "found_node_from_dbdata_partition_information_list_by_devname", 80, text};
+    };
+    EXPECT_EQ(std::vector({missing("参数获取出错,list((nil)) devname(0x)"),
+                           missing("参数获取出错,list(0x) devname((nil))")}),
               take_log());
 
     PARTITION_T *taken = take_node_from_dbdata_partition_information_list_by_uuid(&partitions, "U2");
@@ -250,7 +255,9 @@ TEST_F(StoragePosition, ShortMemoryIsSaidAndLosesNothing) {
     EXPECT_EQ("创建分区信息出错\n创建分区信息出错\n" + no_node + "分区信息链表节点出错\n",
               said([] { return partition("sda1", "U"); }, release_dbdata_partition_information_list));
     said([] { return create_dbdata_version_information("1", "n", "d"); }, delete_dbdata_version_information);
-    EXPECT_EQ(nullptr, host(nullptr)); // not said
-    EXPECT_EQ(nullptr, disk(nullptr, "S"));
-    EXPECT_EQ(nullptr, partition(nullptr, "U"));
+    EXPECT_EQ("", said_by([] { // what lacks its name
+                  EXPECT_EQ(nullptr, host(nullptr));
+                  EXPECT_EQ(nullptr, disk(nullptr, "S"));
+                  EXPECT_EQ(nullptr, partition(nullptr, "U"));
+              }));
 }

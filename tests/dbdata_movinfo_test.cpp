@@ -1,0 +1,468 @@
+// The records of the catalogue. What attribute.h gives all attributes and persons is looked at in the areas;
+// behind that stands what a family has of its own.
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <latch>
+#include <thread>
+
+#include "dbdata_movie.h"
+#include "fake_netif.h"
+#include "harness.h"
+#include "support_memory.h"
+
+using namespace harness;
+using namespace std::string_literals;
+using IDS_T = std::vector<INT32_T>;
+using AREAS_T = DBDATA_AREA_INFORMATION_LIST_T;
+using NODE_T = DBDATA_MOVIE_INFORMATION_LIST_T;
+using MOVIE_T = DBDATA_MOVIE_INFORMATION_T;
+
+namespace {
+
+using Attribute = LEAK_CHECKED_T;
+using Person = LEAK_CHECKED_T;
+using Video = LEAK_CHECKED_T;
+using Movie = LEAK_CHECKED_T;
+
+constexpr auto add_area = add_node_to_dbdata_area_information_list;
+constexpr auto delete_areas = delete_dbdata_area_information_list;
+constexpr auto category_node = create_dbdata_category_information_list_node_ex;
+constexpr auto prune_categories = delete_node_from_dbdata_category_information_list_by_harddisk_serialno;
+constexpr auto actor_node = create_dbdata_actor_information_list_node_ex;
+constexpr auto add = add_node_to_dbdata_movie_information_list;
+constexpr auto add_single = add_single_node_to_dbdata_movie_information_list;
+constexpr auto number_of = dbdata_get_number_from_dbdata_movie_information_list;
+constexpr auto find_twin = found_node_from_dbdata_movie_information_list_by_movie_code;
+constexpr auto find_id = found_node_from_dbdata_movie_information_list_by_mid;
+constexpr auto release_list = release_dbdata_movie_information_list;
+
+LOG_LINE_T line(const char *function, int level, const char *text) {
+    return {"dbdata_movinfo/dbdata_movie.c", function, level, text};
+}
+
+AREAS_T *area_node(const std::string &name) {
+    return create_dbdata_area_information_list_node_ex(name.c_str(), nullptr);
+}
+AREAS_T *list_of(const std::string &names) { // of one letter each
+    AREAS_T *list = nullptr;
+    for (const char name : names)
+        EXPECT_EQ(0, add_area(&list, area_node({name})));
+    return list;
+}
+std::string names_in(const AREAS_T *list) {
+    std::string names;
+    for (const AREAS_T *node : nodes_of(list))
+        names += node->info != nullptr ? node->info->name : "-";
+    return names;
+}
+
+template <class RECORD>
+INT32_T id_of(RECORD *fresh, void (*release)(RECORD **)) {
+    const INT32_T id = fresh->id;
+    release(&fresh);
+    return id;
+}
+INT32_T kind_id(INT32_T category, const std::string &name) {
+    return id_of(create_dbdata_kind_information(category, name.c_str()), delete_dbdata_kind_information);
+}
+INT32_T year_id(INT32_T year) {
+    return id_of(create_dbdata_year_information(year), delete_dbdata_year_information);
+}
+INT32_T category_id(const INT8_T *name) {
+    return id_of(create_dbdata_category_information(name), delete_dbdata_category_information);
+}
+INT32_T video_id() {
+    return id_of(create_dbdata_video_information(1, "n", "f", nullptr), delete_dbdata_video_information);
+}
+
+// Whether the call, in a process that has given no id yet, is content.
+void expect_in_fresh_process(bool (*call)()) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(exit(call() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+constexpr size_t THREADS = 8;
+void on_threads(const std::function<void(size_t number)> &call) {
+    std::latch all(THREADS);
+    std::vector<std::thread> threads(THREADS);
+    for (size_t t = 0; t < THREADS; t++)
+        threads[t] = std::thread([&all, &call, t] {
+            all.arrive_and_wait();
+            call(t);
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+}
+
+void expect_in_a_row_behind(INT32_T before, IDS_T ids) {
+    std::sort(ids.begin(), ids.end());
+    for (const INT32_T id : ids)
+        ASSERT_EQ(++before, id);
+}
+
+MOVIE_T *movie(const INT8_T *code, const INT8_T *disk = "sda", const INT8_T *partition = "sda1") {
+    MOVIE_T *made = create_dbdata_movie_information();
+    made->info = create_dbdata_basic_movie_information(code, "片名", nullptr);
+    made->hddevname = safe_strdup(disk);
+    made->ptdevname = safe_strdup(partition);
+    return made;
+}
+
+NODE_T *node_of(MOVIE_T *made) {
+    return create_dbdata_movie_information_list_node(made);
+}
+
+// A movie with everything that it can own.
+MOVIE_T *full_movie() {
+    MOVIE_T *made = movie("M1");
+    for (INT8_T **text : {&made->imdbvalue, &made->acronym, &made->summary, &made->description})
+        *text = safe_strdup("文");
+    made->ipaddr = safe_strdup("10.0.0.1");
+    made->posters = create_dbdata_poster_information("b", "m", "s");
+    made->dimension_list = create_dbdata_dimension_information_list_node_ex(0, "2D", nullptr);
+    made->resolution_list = create_dbdata_resolution_information_list_node_ex(0, "BD", nullptr);
+    made->category_list = create_dbdata_category_information_list_node_ex("电影", nullptr);
+    made->kind_list = create_dbdata_kind_information_list_node_ex(1, "动作", nullptr);
+    made->area_list = create_dbdata_area_information_list_node_ex("美国", nullptr);
+    made->director_list = create_dbdata_director_information_list_node_ex("P1", "甲", nullptr);
+    made->actor_list = create_dbdata_actor_information_list_node_ex("P2", "乙", nullptr);
+    made->year_list = create_dbdata_year_information_list_node_ex(1999, nullptr);
+    made->video_list = create_dbdata_video_information_list_node_ex(1, "片", "/v", "/m");
+    return made;
+}
+
+} // namespace
+
+TEST_F(Attribute, AListHoldsEachKeyOnceAndANodeWithoutARecordAtItsHeadAlone) {
+    AREAS_T *list = nullptr;
+    AREAS_T *again = area_node("a");
+    AREAS_T *empty = create_dbdata_area_information_list_node(nullptr, nullptr);
+    EXPECT_EQ(0, add_area(&list, create_dbdata_area_information_list_node(nullptr, nullptr)));
+    for (const char *name : {"c", "a", "b"})
+        EXPECT_EQ(0, add_area(&list, area_node(name)));
+    EXPECT_EQ(1, add_area(&list, again));
+    EXPECT_EQ(0, add_area(&list, empty));
+    EXPECT_EQ(0, add_area(&list, nullptr));
+    EXPECT_EQ(0, add_area(nullptr, empty));
+    EXPECT_EQ("-cab", names_in(list));
+    EXPECT_EQ(list->next, found_node_from_dbdata_area_information_list_by_name(list, "c"));
+    EXPECT_EQ(nullptr, found_node_from_dbdata_area_information_list_by_name(list, "d"));
+    for (AREAS_T *node : {again, empty}) // they stayed the caller's
+        delete_dbdata_area_information_list_node(&node);
+    delete_areas(&list);
+    EXPECT_NE(nullptr, list); // not cleared
+}
+
+TEST_F(Attribute, DeletingByKeyTakesTheOneNodeFromAnyPlace) {
+    const std::pair<const char *, const char *> CASES[] = {
+        {"c", "ab"}, {"a", "cb"}, {"b", "ca"}, {"d", "cab"}};
+    for (const auto &[name, left] : CASES) {
+        AREAS_T *list = list_of("cab");
+        delete_node_from_dbdata_area_information_list_by_name(&list, name);
+        EXPECT_EQ(left, names_in(list));
+        delete_areas(&list);
+    }
+}
+
+TEST_F(Attribute, PruningTakesTheFirstValueWithoutMoviesWhateverTheDisk) {
+    const auto prune = delete_node_from_dbdata_area_information_list_by_harddisk_serialno;
+    AREAS_T *list = list_of("abc");
+    list->movlist = list; // any pointer: movies
+    prune(&list, nullptr);
+    EXPECT_EQ("abc", names_in(list));
+    for (const char *left : {"ac", "a", "a"}) {
+        prune(&list, "any");
+        EXPECT_EQ(left, names_in(list));
+    }
+    delete_areas(&list);
+}
+
+TEST_F(Attribute, ARecordLivesUntilItsLastReferenceGoes) {
+    AREAS_T *node = area_node("a");
+    auto *const record = duplicate_dbdata_area_information(node->info);
+    AREAS_T *second = create_dbdata_area_information_list_node(record, nullptr); // takes the reference over
+    EXPECT_EQ(2, record->count);
+    delete_dbdata_area_information_list_node(&node);
+    EXPECT_EQ(1, record->count);
+    duplicate_dbdata_area_information(record);
+    delete_dbdata_area_information(&second->info);
+    EXPECT_EQ(record, second->info);
+    delete_dbdata_area_information(&second->info);
+    EXPECT_EQ(nullptr, second->info);
+    delete_dbdata_area_information_list_node(&second);
+}
+
+TEST_F(Attribute, ShortMemoryLosesNothingAndOnlyTheNodeTells) {
+    EXPECT_EQ("分配24字节的内存出错,错误原因: Cannot allocate memory\n", said_by([] {
+                  EXPECT_EQ(3, fail_each_creation([] { return area_node("a"); },
+                                                  delete_dbdata_area_information_list_node));
+              }));
+}
+
+TEST(AttributeDeathTest, AFreshProcessNumbersKeysAsItMeetsThem) {
+    expect_in_fresh_process([] {
+        // The first kind of a new category gets 1; all others are numbered in the category met first.
+        return IDS_T{year_id(0), year_id(-1), year_id(0)} == IDS_T{1, 2, 1} &&
+               IDS_T{kind_id(1, "A"), kind_id(2, "B"), kind_id(2, "C"), kind_id(1, "C"),
+                     kind_id(2, "B"), kind_id(3, "Z"), kind_id(3, "Z"), kind_id(2, "A")} ==
+                   IDS_T{1, 1, 2, 2, 3, 1, 4, 1};
+    });
+}
+
+TEST_F(Attribute, ThreadsGetOneIdPerKeyAndLeaveNoGaps) {
+    kind_id(1, "首");
+    const INT32_T before = kind_id(1, "次");
+    std::vector<IDS_T> seen(THREADS, IDS_T(5000));
+    on_threads([&](size_t thread) {
+        IDS_T &mine = seen[thread];
+        for (size_t i = thread * 37, end = i + mine.size(); i < end; i++) // every thread begins elsewhere
+            mine[i % mine.size()] = kind_id(1, "并发" + std::to_string(i % mine.size()));
+    });
+    for (const IDS_T &others : seen)
+        EXPECT_EQ(seen[0], others);
+    EXPECT_EQ(seen[0][0], kind_id(1, "并发0")); // no record of it lives, the id does
+    expect_in_a_row_behind(before, seen[0]);
+}
+
+TEST_F(Attribute, CategoriesHaveFixedIdsAndCaptions) {
+    const std::string none = "未知 未知 未知 未知 未知", film = "导演 主演 类型 时长 简介";
+    for (INT32_T id = -1;
+         const std::string &want : {none, none, film, film, "作曲 演唱 类型 时长 简介"s,
+                                    "导演 主持人 类型 时长 简介"s, film, "作曲 歌手 曲风 时长 简介"s, none}) {
+        EXPECT_EQ(want, std::string(get_director_desc_by_cid(id)) + ' ' + get_actor_desc_by_cid(id) + ' ' +
+                            get_kind_desc_by_cid(id) + ' ' + get_duration_desc_by_cid(id) + ' ' +
+                            get_descript_desc_by_cid(id));
+        id++;
+    }
+    for (INT32_T id = 1; const char *name : {"电影", "电视剧", "音乐", "综艺", "兴趣爱好", "醇音乐"})
+        EXPECT_EQ(id++, category_id(name));
+    EXPECT_EQ(1, category_id("纪录片"));
+}
+
+TEST_F(Attribute, PruningCategoriesTakesAKindOffEachUntilOneIsEmpty) {
+    const auto kind = [](const INT8_T *name) {
+        return create_dbdata_kind_information_list_node_ex(1, name, nullptr);
+    };
+    auto *list = category_node("电影", kind("甲")), *third = category_node("综艺", kind("丁"));
+    add_node_to_dbdata_kind_information_list(&list->kindlist, kind("乙"));
+    for (auto *node : {category_node("音乐", kind("丙")), third})
+        add_node_to_dbdata_category_information_list(&list, node);
+    EXPECT_EQ(third, found_node_from_dbdata_category_information_list_by_id(list, 4));
+    prune_categories(&list, nullptr); // takes nothing
+    prune_categories(&list, "any");   // behind the one that goes, kinds are left
+    EXPECT_EQ("分类名称: 电影. 该节点被引用了1次\n类型名称: 乙. 该节点被引用了1次\n"
+              "分类名称: 综艺. 该节点被引用了1次\n类型名称: 丁. 该节点被引用了1次\n",
+              said_by([&] { show_dbdata_category_information_list(list, 1); }));
+    prune_categories(&list, "any");
+    prune_categories(&list, "any");
+    EXPECT_EQ(nullptr, list);
+}
+
+TEST_F(Person, TheCodeAloneTellsPersonsApart) {
+    auto *list = actor_node("P1", "甲", nullptr);
+    auto *renamed = actor_node("P1", "乙", nullptr);
+    EXPECT_EQ(1, add_node_to_dbdata_actor_information_list(&list, renamed));
+    EXPECT_EQ(0, add_node_to_dbdata_actor_information_list(&list, actor_node("P2", "甲", nullptr)));
+    EXPECT_EQ(nullptr, found_node_from_dbdata_actor_information_list_by_code(nullptr, "P1"));
+    EXPECT_EQ(nullptr, create_dbdata_actor_information("P3", nullptr));
+    EXPECT_EQ(nullptr, create_dbdata_director_information(nullptr, "丙"));
+    EXPECT_EQ(
+        "演员编码: P1, 演员名称: 甲. 该节点被引用了1次\n演员编码: P2, 演员名称: 甲. 该节点被引用了1次\n",
+        said_by([list] { show_dbdata_actor_information_list(list, 1); }));
+    for (auto *node : {renamed, list})
+        delete_dbdata_actor_information_list(&node);
+}
+
+TEST(IdsDeathTest, AFreshProcessCountsUpFromTheBaseThatEth0GivesAndMoviesPrint) {
+    expect_in_fresh_process([] {
+        IDS_T movies, videos;
+        const std::string printed = said_by([&] {
+            for (const INT8_T *address : {"", "1.2.3", "10.0.0.0", "192.168.1.23", "10.0.0.9"}) {
+                fake_netif::s_address = *address == '\0' ? nullptr : address;
+                movies.push_back(id_of(create_dbdata_movie_information(), release_dbdata_movie_information));
+                videos.push_back(video_id());
+            }
+        });
+        const std::string none = "s_id_base :0 .. basicdata:0 \n";
+        return printed == none + none + "s_id_base :1150000 .. basicdata:23 \n" &&
+               videos == IDS_T{1, 2, 3, 1150004, 1150005} && movies == videos && fake_netif::s_queries == 8;
+    });
+}
+
+TEST_F(Video, HoldsCopiesOfItsPathsAndLosesNothingWhenMemoryIsShort) {
+    const INT32_T before = video_id();
+    INT8_T name[] = "第1集";
+    const auto create = [&name] {
+        return create_dbdata_video_information_list_node_ex(-3, name, "/v/1.mkv", "/v/1.mp4");
+    };
+    EXPECT_EQ(7, fail_each_creation(create, delete_dbdata_video_information_list_node));
+    auto *node = create();
+    name[0] = 'x';
+    EXPECT_EQ(before + 3, node->info->id); // of the failures, only that of the node has used up an id
+    EXPECT_EQ(-3, node->info->seqno);
+    EXPECT_STREQ("第1集", node->info->name);
+    EXPECT_STREQ("/v/1.mkv", node->info->filepath);
+    EXPECT_STREQ("/v/1.mkv", node->info->relative_filepath);
+    EXPECT_STREQ("/v/1.mp4", node->info->mp4);
+    EXPECT_STREQ("/v/1.mp4", node->info->relative_mp4);
+    delete_dbdata_video_information_list_node(&node);
+    EXPECT_EQ(nullptr, create_dbdata_video_information(1, nullptr, "/v", nullptr));
+    EXPECT_EQ(nullptr, create_dbdata_video_information(1, "n", nullptr, nullptr));
+}
+
+TEST_F(Video, AListTakesAnyVideoButNoNodeWithoutOne) {
+    DBDATA_VIDEO_INFORMATION_LIST_T *list = nullptr;
+    const auto twin = [] { return create_dbdata_video_information_list_node_ex(1, "同", "/v", nullptr); };
+    auto *empty = create_dbdata_video_information_list_node(nullptr);
+    for (auto *node : {twin(), empty, twin()})
+        EXPECT_EQ(0, add_node_to_dbdata_video_information_list(&list, node));
+    EXPECT_EQ("视频序号: 1, 视频名称: 同, 视频路径: /v\n视频序号: 1, 视频名称: 同, 视频路径: /v\n",
+              said_by([list] { show_dbdata_video_information_list(list); }));
+    for (auto *node : {empty, list})
+        delete_dbdata_video_information_list(&node);
+}
+
+TEST_F(Video, ThreadsGetIdsOfTheirOwnWithoutGaps) {
+    const INT32_T before = video_id();
+    IDS_T ids(THREADS * 400);
+    on_threads([&ids](size_t thread) { std::generate_n(&ids[thread * 400], 400, video_id); });
+    expect_in_a_row_behind(before, ids);
+}
+
+TEST_F(Movie, TitlesAndPostersAreCopiedWhole) {
+    auto *posters = create_dbdata_poster_information("b", "m", "s");
+    auto *tv = create_dbdata_tv_poster_information("tb", "tm", "ts");
+    EXPECT_STREQ("b", posters->relative_big_path);
+    EXPECT_STREQ("m", posters->relative_middle_path);
+    EXPECT_STREQ("m", posters->relative_small_path); // not the small one
+    EXPECT_EQ(nullptr, posters->tv_big);
+    EXPECT_EQ("tbtmts", std::string(tv->tv_big) + tv->tv_middle + tv->tv_small);
+    EXPECT_EQ(nullptr, tv->relative_small_path);
+    for (auto *info : {posters, tv})
+        delete_dbdata_poster_information(&info);
+    EXPECT_EQ(nullptr, create_dbdata_basic_movie_information(nullptr, "片名", "Title"));
+    EXPECT_EQ(nullptr, create_dbdata_basic_movie_information("M1", nullptr, "Title"));
+    EXPECT_EQ(nullptr, create_dbdata_poster_information("b", "m", nullptr));
+    EXPECT_EQ(nullptr, create_dbdata_tv_poster_information("b", "m", nullptr));
+}
+
+TEST_F(Movie, TheLastDeleteLeavesYearsTextsPlaceAndRecordToTheCaller) {
+    MOVIE_T *made = full_movie();
+    MOVIE_T *kept = duplicate_dbdata_movie_information(made);
+    delete_dbdata_movie_information(&made);
+    ASSERT_EQ(kept, made); // one reference is left
+    EXPECT_STREQ("M1", made->info->movie_code);
+    delete_dbdata_movie_information(&made);
+    EXPECT_EQ(nullptr, made);
+    EXPECT_EQ(nullptr, kept->info);
+    EXPECT_EQ(1999, kept->year_list->info->year);
+    delete_dbdata_year_information_list(&kept->year_list);
+    for (INT8_T *left : {kept->description, kept->ipaddr, kept->hddevname, kept->ptdevname})
+        safe_free(left);
+    safe_free(kept);
+}
+
+TEST_F(Movie, TheLastReleaseFreesAllAnEarlierOneCountsDown) {
+    MOVIE_T *made = full_movie();
+    NODE_T *list = node_of(duplicate_dbdata_movie_information(made));
+    list->next = node_of(full_movie());
+    release_list(&list);
+    EXPECT_EQ(nullptr, list);
+    EXPECT_EQ(1, made->count);
+    EXPECT_STREQ("M1", made->info->movie_code);
+    release_dbdata_movie_information(&made); // the fixture sees that nothing is left
+    EXPECT_EQ(nullptr, made);
+    release_dbdata_movie_information(&made);
+    release_list(&list);
+}
+
+TEST_F(Movie, AMovieIsADuplicateOnlyOnItsOwnPartition) {
+    const struct {
+        const char *code, *disk, *partition, *log; // log: of a duplicate
+    } CASES[] = {{"M1", "A", "A1", nullptr},
+                 {"M1", "B", "A1", nullptr},
+                 {"M1", "A", "A2", nullptr},
+                 {"M2", "A", "A1", nullptr},
+                 {"M1", nullptr, nullptr, nullptr},
+                 {"M1", "A", "A1", "查找重复影片:硬盘(A)分区(A1)影片编码(M1)"},
+                 {"M1", nullptr, nullptr, "查找重复影片:硬盘((null))分区((null))影片编码(M1)"}};
+    NODE_T *list = nullptr;
+    for (const auto &c : CASES) {
+        NODE_T *node = node_of(movie(c.code, c.disk, c.partition));
+        std::vector<LOG_LINE_T> want;
+        if (c.log != nullptr) {
+            want = {line("found_node_from_dbdata_movie_information_list_by_movie_code", 40, c.log)};
+            EXPECT_EQ(1, add(&list, node));
+            EXPECT_EQ(want, take_log());
+            want.push_back(line("add_single_node_to_dbdata_movie_information_list", 40, "找到相同影片"));
+        }
+        EXPECT_EQ(c.log != nullptr ? 1 : 0, add_single(&list, node));
+        EXPECT_EQ(want, take_log());
+        if (c.log != nullptr)
+            release_list(&node); // it stayed ours
+    }
+    EXPECT_EQ(5, number_of(list));
+    release_list(&list);
+}
+
+TEST_F(Movie, WhatHasNoCodeIsNoDuplicateAndNotCounted) {
+    NODE_T *list = nullptr;
+    EXPECT_EQ(0, add(&list, node_of(nullptr))); // any may be the head
+    EXPECT_EQ(0, add(&list, node_of(movie("M1"))));
+    for (NODE_T *node : {node_of(create_dbdata_movie_information()), node_of(nullptr)}) {
+        EXPECT_EQ(0, add(&list, node)); // it stays the caller's
+        EXPECT_EQ(nullptr, find_twin(list, node));
+        release_list(&node);
+    }
+    EXPECT_EQ(1, number_of(list));
+    release_list(&list);
+}
+
+TEST_F(Movie, RemovalsTakeTheFirstMatchAndReleaseItsMovie) {
+    const std::vector<MOVIE_T *> movies = {movie("M1", "A"), movie("M2", "B"), movie("M3", "A")};
+    NODE_T *list = nullptr;
+    for (MOVIE_T *made : movies)
+        add(&list, node_of(duplicate_dbdata_movie_information(made)));
+    EXPECT_EQ(movies[1], find_id(list, movies[1]->id)->info);
+    EXPECT_EQ(nullptr, find_id(list, -1));
+    delete_node_from_dbdata_movie_information_list_by_movie_code(&list, "M9");
+    EXPECT_EQ(3, number_of(list));
+    delete_node_from_dbdata_movie_information_list_by_movie_code(&list, "M2");
+    delete_node_from_dbdata_movie_information_list_by_harddisk_devname(&list, "A");
+    EXPECT_EQ(movies[2], list->info);
+    EXPECT_EQ(nullptr, list->next);
+    delete_dbdata_movie_information_list(&list);
+    for (MOVIE_T *made : movies) {
+        EXPECT_EQ(1, made->count);
+        release_dbdata_movie_information(&made);
+    }
+}
+
+TEST_F(Movie, TheFilterComparesIdsAnd0StandsForAny) {
+    MOVIE_T *made = full_movie();
+    made->area_list->next = create_dbdata_area_information_list_node_ex("英国", nullptr);
+    const INT32_T area = static_cast<DBDATA_AREA_INFORMATION_LIST_T *>(made->area_list->next)->info->id;
+    const INT32_T year = made->year_list->info->id;
+    const INT32_T dimension = made->dimension_list->info->id;
+    EXPECT_EQ(0, filter_movie_by_condition(made, 0, 0, 0));
+    EXPECT_EQ(0, filter_movie_by_condition(made, area, year, dimension));
+    EXPECT_EQ(-1, filter_movie_by_condition(made, -1, year, dimension));
+    EXPECT_EQ(-1, filter_movie_by_condition(made, area, 1999, dimension)); // no id, but the year itself
+    EXPECT_EQ(-1, filter_movie_by_condition(made, area, year, -1));
+    EXPECT_EQ(-1, filter_movie_by_condition(nullptr, 0, 0, 0));
+    EXPECT_EQ(std::vector{line("filter_movie_by_condition", 80, "movinfo is nul!")}, take_log());
+    release_dbdata_movie_information(&made);
+}
+
+TEST_F(Movie, ShortMemoryLosesNothing) {
+    EXPECT_EQ(
+        "分配16 字节的内存出错,错误原因: Cannot allocate memory", said_by([] { // of the node; no line end
+            fail_each_creation(create_dbdata_movie_information, release_dbdata_movie_information);
+            fail_each_creation([] { return create_dbdata_basic_movie_information("M1", "片名", "Title"); },
+                               delete_dbdata_basic_movie_information);
+            fail_each_creation([] { return create_dbdata_poster_information("b", "m", "s"); },
+                               delete_dbdata_poster_information);
+            fail_each_creation([] { return node_of(nullptr); }, release_list);
+        }));
+}
