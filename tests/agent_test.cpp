@@ -92,8 +92,8 @@ std::vector<CALL_T> calls() {
         call<get_disks, release_tavisys_harddisk_information_list>(3000, "", wire(1, "sda", "SN", 0)),
         call<get_movies, delete_tp_tavisys_dbdata_movie_information_list>(3003, PARTITION_REQUEST,
                                                                           wire(1, movie))};
-    calls[0].malformed = 0;             // the caller tests the record
-    for (const size_t own : {1, 9, 10}) // the decoder's own result: the bytes of the reply
+    calls[0].malformed = 0;                // the caller tests the record
+    for (const size_t own : {1U, 9U, 10U}) // the decoder's own result: the bytes of the reply
         calls[own].done = static_cast<RTSTATUS>(calls[own].reply.size());
     return calls;
 }
