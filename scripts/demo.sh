@@ -7,6 +7,7 @@ cd "$(dirname "$0")/.."
 scripts/packages.sh g++ cmake ninja-build pkgconf libxml2-dev libmount-dev libudev-dev libcli11-dev nlohmann-json3-dev
 echo "building ..."
 log=$(mktemp)
+copy=build/demo/fetched
 server=
 # shellcheck disable=SC2317
 finish() {
@@ -15,7 +16,7 @@ finish() {
         kill "$server" 2>/dev/null || true
         wait "$server" 2>/dev/null || true
     fi
-    rm -f "$log"
+    rm -rf "$log" "$copy"
     exit "$status"
 }
 trap finish EXIT
@@ -60,6 +61,9 @@ show tavisys movies --category 电影 --order score --size 10
 show tavisys movies --area 香港 --order publish
 first=$(tavisys movies --category 电视剧 --order score --size 1 --json | grep -o '"movid": *[0-9]*' | grep -o '[0-9]*')
 show tavisys movie 电视剧 "$first"
+show tavisys poster
+show tavisys disks 127.0.0.1 | sed "s|$PWD/||"
+show tavisys fetch 127.0.0.1 sda sda1 --out "$copy"
 printf '\n$ kill %%1\n'
 kill "$server"
 wait "$server" || true
