@@ -1,10 +1,7 @@
 // The record families of the catalogue. What attribute.h gives all of them is looked at in the areas;
 // behind that stands what a family has of its own.
-#include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <latch>
-#include <thread>
 
 #include "dbdata_movie.h"
 #include "harness.h"
@@ -137,31 +134,6 @@ TEST(AttributeRegistryDeathTest, AFreshProcessNumbersKeysAsItMeetsThem) {
         exit(fine ? 0 : 1);
     };
     EXPECT_EXIT(exit_as_told(), testing::ExitedWithCode(0), "");
-}
-
-TEST_F(AttributeRegistry, ThreadsGetOneIdPerKeyAndLeaveNoGaps) {
-    kind_id(1, "首");
-    const INT32_T before = kind_id(1, "次");
-    std::vector<IDS_T> seen(8, IDS_T(5000));
-    std::latch all(8);
-    std::vector<std::thread> threads(seen.size());
-    for (size_t t = 0; auto &mine : seen) {
-        threads[t] = std::thread([&all, &mine, begin = t * 37] { // every thread begins elsewhere
-            all.arrive_and_wait();
-            for (size_t i = begin; i < begin + mine.size(); i++)
-                mine[i % mine.size()] = kind_id(1, "并发" + std::to_string(i % mine.size()));
-        });
-        t++;
-    }
-    for (std::thread &thread : threads)
-        thread.join();
-    for (const IDS_T &others : seen)
-        EXPECT_EQ(seen[0], others);
-    EXPECT_EQ(seen[0][0], kind_id(1, "并发0")); // no record of it lives, the id does
-    std::sort(seen[0].begin(), seen[0].end());
-    EXPECT_EQ(before + 1, seen[0].front());
-    EXPECT_EQ(before + 5000, seen[0].back());
-    EXPECT_EQ(seen[0].end(), std::adjacent_find(seen[0].begin(), seen[0].end()));
 }
 
 TEST_F(AttributeRegistry, CategoriesHaveFixedIdsAndCaptions) {

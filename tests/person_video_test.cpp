@@ -3,10 +3,8 @@
 #include "dbdata_movie.h"
 #include "dbdata_video.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <thread>
 
 #include "fake_netif.h"
 #include "harness.h"
@@ -100,20 +98,4 @@ TEST_F(Video, AListTakesAnyVideoButNoNodeWithoutOne) {
               testing::internal::GetCapturedStdout());
     for (auto *node : {empty, list})
         delete_dbdata_video_information_list(&node);
-}
-
-TEST_F(Video, ThreadsGetIdsOfTheirOwnWithoutGaps) {
-    const INT32_T before = video_id();
-    std::vector<INT32_T> ids(8 * 400);
-    std::vector<std::thread> threads(8);
-    for (auto from = ids.begin(); std::thread & thread : threads) {
-        thread = std::thread([from] { std::generate_n(from, 400, video_id); });
-        from += 400;
-    }
-    for (std::thread &thread : threads)
-        thread.join();
-    std::sort(ids.begin(), ids.end());
-    EXPECT_EQ(before + 1, ids.front());
-    EXPECT_EQ(before + 8 * 400, ids.back());
-    EXPECT_EQ(ids.end(), std::adjacent_find(ids.begin(), ids.end()));
 }
