@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <latch>
-#include <thread>
 
 #include "dbdata_movie.h"
 #include "fake_netif.h"
@@ -80,56 +78,6 @@ INT32_T video_id() {
 void expect_in_fresh_process(bool (*call)()) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(exit(call() ? 0 : 1), testing::ExitedWithCode(0), "");
-}
-
-constexpr size_t THREADS = 8;
-void on_threads(const std::function<void(size_t number)> &call) {
-    std::latch all(THREADS);
-    std::vector<std::thread> threads(THREADS);
-    for (size_t t = 0; t < THREADS; t++)
-        threads[t] = std::thread([&all, &call, t] {
-            all.arrive_and_wait();
-            call(t);
-        });
-    for (std::thread &thread : threads)
-        thread.join();
-}
-
-void expect_in_a_row_behind(INT32_T before, IDS_T ids) {
-    std::sort(ids.begin(), ids.end());
-    for (const INT32_T id : ids)
-        ASSERT_EQ(++before, id);
-}
-
-MOVIE_T *movie(const INT8_T *code, const INT8_T *disk = "sda", const INT8_T *partition = "sda1") {
-    MOVIE_T *made = create_dbdata_movie_information();
-    made->info = create_dbdata_basic_movie_information(code, "片名", nullptr);
-    made->hddevname = safe_strdup(disk);
-    made->ptdevname = safe_strdup(partition);
-    return made;
-}
-
-NODE_T *node_of(MOVIE_T *made) {
-    return create_dbdata_movie_information_list_node(made);
-}
-
-// A movie with everything that it can own.
-MOVIE_T *full_movie() {
-    MOVIE_T *made = movie("M1");
-    for (INT8_T **text : {&made->imdbvalue, &made->acronym, &made->summary, &made->description})
-        *text = safe_strdup("文");
-    made->ipaddr = safe_strdup("10.0.0.1");
-    made->posters = create_dbdata_poster_information("b", "m", "s");
-    made->dimension_list = create_dbdata_dimension_information_list_node_ex(0, "2D", nullptr);
-    made->resolution_list = create_dbdata_resolution_information_list_node_ex(0, "BD", nullptr);
-    made->category_list = create_dbdata_category_information_list_node_ex("电影", nullptr);
-    made->kind_list = create_dbdata_kind_information_list_node_ex(1, "动作", nullptr);
-    made->area_list = create_dbdata_area_information_list_node_ex("美国", nullptr);
-    made->director_list = create_dbdata_director_information_list_node_ex("P1", "甲", nullptr);
-    made->actor_list = create_dbdata_actor_information_list_node_ex("P2", "乙", nullptr);
-    made->year_list = create_dbdata_year_information_list_node_ex(1999, nullptr);
-    made->video_list = create_dbdata_video_information_list_node_ex(1, "片", "/v", "/m");
-    return made;
 }
 
 } // namespace
@@ -208,21 +156,6 @@ TEST(AttributeDeathTest, AFreshProcessNumbersKeysAsItMeetsThem) {
                      kind_id(2, "B"), kind_id(3, "Z"), kind_id(3, "Z"), kind_id(2, "A")} ==
                    IDS_T{1, 1, 2, 2, 3, 1, 4, 1};
     });
-}
-
-TEST_F(Attribute, ThreadsGetOneIdPerKeyAndLeaveNoGaps) {
-    kind_id(1, "首");
-    const INT32_T before = kind_id(1, "次");
-    std::vector<IDS_T> seen(THREADS, IDS_T(5000));
-    on_threads([&](size_t thread) {
-        IDS_T &mine = seen[thread];
-        for (size_t i = thread * 37, end = i + mine.size(); i < end; i++) // every thread begins elsewhere
-            mine[i % mine.size()] = kind_id(1, "并发" + std::to_string(i % mine.size()));
-    });
-    for (const IDS_T &others : seen)
-        EXPECT_EQ(seen[0], others);
-    EXPECT_EQ(seen[0][0], kind_id(1, "并发0")); // no record of it lives, the id does
-    expect_in_a_row_behind(before, seen[0]);
 }
 
 TEST_F(Attribute, CategoriesHaveFixedIdsAndCaptions) {
@@ -321,13 +254,6 @@ TEST_F(Video, AListTakesAnyVideoButNoNodeWithoutOne) {
               said_by([list] { show_dbdata_video_information_list(list); }));
     for (auto *node : {empty, list})
         delete_dbdata_video_information_list(&node);
-}
-
-TEST_F(Video, ThreadsGetIdsOfTheirOwnWithoutGaps) {
-    const INT32_T before = video_id();
-    IDS_T ids(THREADS * 400);
-    on_threads([&ids](size_t thread) { std::generate_n(&ids[thread * 400], 400, video_id); });
-    expect_in_a_row_behind(before, ids);
 }
 
 TEST_F(Movie, TitlesAndPostersAreCopiedWhole) {

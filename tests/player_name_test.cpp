@@ -6,8 +6,12 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -78,10 +82,33 @@ TEST_F(PlayerName, SettingANameReplacesTheFileOrFails) {
     setrlimit(RLIMIT_FSIZE, &limit);
 }
 
+// In a process of its own, whose /tmp is a disk of one page; 77 where that isn't allowed.
+TEST_F(PlayerName, AFullDiskAndAReadOnlyOneRefuseANameAndTheLatterKeepsTheOld) {
+    const pid_t child = fork();
+    if (child == 0) {
+        if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("tmpfs", "/tmp", "tmpfs", 0, "size=4k") != 0)
+            _exit(77);
+        const bool full = tavisys_set_player_name(std::string(8192, 'n').c_str()) == -1;
+        const bool fits = tavisys_set_player_name("客厅") == 0;
+        mount(nullptr, "/tmp", nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
+        const bool refused = tavisys_set_player_name("卧室") == -1 && read_into(7) == "客厅";
+        _exit(full && fits && refused ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    if (WEXITSTATUS(status) == 77)
+        GTEST_SKIP() << "no mount of its own for the test";
+    EXPECT_EQ(0, status);
+}
+
 TEST_F(PlayerName, ALinkOrAPipeInItsPlaceIsNotOpened) {
     std::filesystem::create_symlink("/tmp/tavisys.name.target-of-test", NAME_FILE);
     EXPECT_EQ(-1, tavisys_set_player_name("客厅"));
     EXPECT_FALSE(std::filesystem::exists(NAME_FILE)); // nothing was made at its end
+    std::filesystem::remove(NAME_FILE);
+    std::filesystem::create_symlink("/dev/full", NAME_FILE);
+    EXPECT_EQ(-1, tavisys_set_player_name("客厅"));
     std::filesystem::remove(NAME_FILE);
     ASSERT_EQ(0, mkfifo(NAME_FILE.c_str(), 0600));
     EXPECT_EQ(-1, tavisys_set_player_name("客厅"));
