@@ -8,14 +8,14 @@
 
 namespace {
 
-size_t s_allocated = 0;
+thread_local size_t s_allocated = 0;
 
 } // namespace
 
 void fuzz::require(bool holds, const char *what, const char *of) {
     if (holds)
         return;
-    fprintf(stderr, "%s: %s\n", of, what);
+    fprintf(stderr, "found: %s%s%s\n", of, *of == '\0' ? "" : ": ", what);
     abort();
 }
 

@@ -17,8 +17,8 @@ namespace fuzz {
 // Ends the program with a line that says what went wrong, unless the condition holds.
 void require(bool holds, const char *what, const char *of = "");
 
-// ---- Memory: bytes asked for since the last call of forget_allocations(), by anything in the program. It
-// is their sum, freed or not, so a bound on it holds for the peak, and for the work that they cost, as well.
+// ---- Memory: bytes asked for since the last call of forget_allocations(), by this thread. It is their
+// sum, freed or not, so a bound on it holds for the peak, and for the work that they cost, as well.
 
 void forget_allocations();
 size_t bytes_allocated();

@@ -185,6 +185,20 @@ void write_messages_by_hand() {
     write_text(RECEIVES_TEXT, "text", wire(5) + "hello");
 }
 
+// For long_body_fuzz: who receives, then what is claimed and what comes, in MiB and bytes beside them.
+void write_long_bodies() {
+    for (const char role : {'\0', '\1'}) {
+        const std::string name = role == '\0' ? "body" : "text";
+        const auto write_case = [&](const std::string &what, char claimed, int beside, char sent, int more) {
+            write("long_body_fuzz", name + what,
+                  std::string{role, claimed} + wire(beside) + sent + wire(more));
+        };
+        write_case("-whole", 3, 1, 5, 0);
+        write_case("-cut-short", 5, -1, 3, 1);
+        write_case("-cut-where-a-room-ends", 3, 0, 2, 0);
+    }
+}
+
 // ---- Documents, beside those of the sample library
 
 constexpr const char *DOCUMENT = R"(<?xml version="1.0" encoding="UTF-8"?>
@@ -218,12 +232,14 @@ void write_documents() {
     write_document("entity", "<metadata>", "<!DOCTYPE metadata [<!ENTITY a \"b\">]>\n<metadata>&a;");
     write_document("other-encoding", "UTF-8", "ISO-8859-1");
     write_document("disallowed-kind", "动作", "暴力");
-    write_document("many-actors", "<actor>", [] {
-        std::string actors;
-        for (int i = 0; i < 20; i++) // more than are compared one by one
-            actors += "<actor><actor_code>" + std::to_string(i) + "</actor_code><actor_name/></actor>";
-        return actors + "<actor>";
-    }());
+    std::string actors;
+    for (int i = 0; i < 36; i++) // more than are compared one by one, each code twice
+        actors += "<actor><actor_code>" + std::to_string(i % 18) + "</actor_code><actor_name/></actor>";
+    write_document("many-actors", "<actor>", actors + "<actor>");
+    std::string title;
+    for (int i = 0; i < 400; i++) // three bytes each, above the room of 1024
+        title += "长";
+    write_document("title-longer-than-its-room", "片名", "1" + title); // a character is cut through
     write_document("date-out-of-range", "1999-12-31", "214748-99-99");
 }
 
@@ -261,6 +277,7 @@ int main(int argc, char **argv) {
     write_answers(server.store);
     write_bodies_by_hand();
     write_messages_by_hand();
+    write_long_bodies();
     write_documents();
     write_records();
     return EXIT_SUCCESS;

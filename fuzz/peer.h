@@ -54,8 +54,7 @@ constexpr size_t LONGEST_INPUT = size_t{32} * 1024;
 constexpr size_t FIRST_ROOM = size_t{1024} * 1024;
 
 // The most that receiving allocates for bytes that came behind a head with that length: the first room, and
-// for every further one, which is twice as large, the bytes that filled the one before. An input is far
-// shorter than the first room, so here that is all; the bound holds for any.
+// for every further one, which is twice as large, the bytes that filled the one before.
 inline void require_receiver_memory(int64_t claimed, size_t came) {
     const size_t believed = claimed < 0 ? 0 : std::min(static_cast<size_t>(claimed), FIRST_ROOM);
     require(bytes_allocated() <= believed + 4 * came + 64, "memory out of proportion to the bytes that came");

@@ -16,7 +16,7 @@ corpus) ;;
     ;;
 esac
 [ $# -eq 0 ] || shift
-[ $# -ne 0 ] || set -- decode_fuzz metadata_fuzz record_fuzz text_head_fuzz trlv_fuzz
+[ $# -ne 0 ] || set -- decode_fuzz long_body_fuzz metadata_fuzz record_fuzz text_head_fuzz trlv_fuzz
 
 scripts/packages.sh clang libclang-rt-dev llvm cmake ninja-build pkgconf libxml2-dev
 cmake --preset fuzz >/dev/null
