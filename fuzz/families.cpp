@@ -116,11 +116,16 @@ void release_ids(IDS_BEHIND_UUID_T **info) {
 
 INT32_T decode_ids(const void *body, INT32_T length, IDS_BEHIND_UUID_T **out) {
     auto *info = static_cast<IDS_BEHIND_UUID_T *>(calloc(1, sizeof(IDS_BEHIND_UUID_T)));
+    TP_TAVISYS_MOVIE_ID_INFORMATION_T mark{};
+    info->list = &mark;
     const INT32_T used = decode_movid_info_to_buffer(body, length, &info->uuid, &info->rid, &info->list);
-    if (used >= 0)
+    require((used < 0) == (info->list == &mark), "a list of a failure, or none of a success");
+    if (used >= 0) {
         *out = info;
-    else
+    } else {
+        info->list = nullptr;
         release_ids(&info); // the uuid is the caller's even then
+    }
     return used;
 }
 

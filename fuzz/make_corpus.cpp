@@ -230,6 +230,8 @@ void write_documents() {
     write("metadata_fuzz", "whole", DOCUMENT);
     write_document("cdata-and-comment", "片名", "片<!-- c --><![CDATA[<名>]]>&lt;&#x5168;");
     write_document("entity", "<metadata>", "<!DOCTYPE metadata [<!ENTITY a \"b\">]>\n<metadata>&a;");
+    write("metadata_fuzz", "entity-without-xml-declaration",
+          "<!DOCTYPE metadata [<!ENTITY a \"b\">]>" + std::string(strchr(DOCUMENT, '\n')));
     write_document("other-encoding", "UTF-8", "ISO-8859-1");
     write_document("disallowed-kind", "动作", "暴力");
     std::string actors;

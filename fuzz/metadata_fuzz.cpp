@@ -102,6 +102,17 @@ void require_movie(const MOVIE_T &movie) {
     require(videos > 0, "no videos");
 }
 
+// Whether a document surely declares an entity. It can't stand in the text of one, as a '<' can't; what may
+// hold anything, or may be no ASCII, is left out.
+bool declares_entity(std::string_view document) {
+    if (document.find("<!ENTITY ") == std::string_view::npos)
+        return false;
+    for (const std::string_view doubt : {"<!--", "<?", "<![CDATA[", "SYSTEM", "PUBLIC", "encoding"})
+        if (document.find(doubt) != std::string_view::npos)
+            return false;
+    return document.starts_with('<') && document.find('\0') == std::string_view::npos;
+}
+
 void require_agreement(const MOVIE_T *silent, const MOVIE_T *aloud) {
     require((silent == nullptr) == (aloud == nullptr), "the silent and the printing call differ");
     if (silent == nullptr)
@@ -133,6 +144,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         get_tavi_metadata_information_from_document(data, static_cast<INT32_T>(size), &movie, &failure);
     require((result == 0) == (failure == TAVI_METADATA_OK) && (result == 0) == (movie != untouched),
             "result, reason and movie differ");
+    const std::string_view document(reinterpret_cast<const char *>(data), size);
+    require(failure == TAVI_METADATA_NOT_WELL_FORMED || !declares_entity(document), "an entity is declared");
     require(failure != TAVI_METADATA_MEMORY && failure != TAVI_METADATA_PUT_TIME, "a reason that can't be");
     if (result == 0)
         require_movie(*movie);
