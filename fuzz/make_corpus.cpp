@@ -232,6 +232,9 @@ void write_documents() {
     write_document("entity", "<metadata>", "<!DOCTYPE metadata [<!ENTITY a \"b\">]>\n<metadata>&a;");
     write("metadata_fuzz", "entity-without-xml-declaration",
           "<!DOCTYPE metadata [<!ENTITY a \"b\">]>" + std::string(strchr(DOCUMENT, '\n')));
+    write_document(
+        "entity-unparsed", "<metadata>",
+        "<!DOCTYPE metadata [<!NOTATION n SYSTEM \"m\"><!ENTITY a SYSTEM \"b\" NDATA n>]>\n<metadata>");
     write_document("other-encoding", "UTF-8", "ISO-8859-1");
     write_document("disallowed-kind", "动作", "暴力");
     std::string actors;
