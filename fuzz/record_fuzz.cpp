@@ -469,6 +469,49 @@ void try_disks(const char *name, INPUT_T *input) {
     try_record<NODE_T>(name, input, [](auto &v, NODE_T *&top) { v.keyed_list(top, DEVICE, DISK_NODE); });
 }
 
+// ---- Encoders of a form of their own
+
+// The encoder that writes several movies over each other: of one movie it makes the body that the family's
+// makes, of more a body as long.
+void try_overlapping(const char *name, INPUT_T *input) {
+    using NODE_T = TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T;
+    NODE_T *list = nullptr;
+    FILL_T fill(input);
+    fill.list(list, SKIPPING, WHOLE_MOVIE);
+    WRITE_T expected;
+    expected.list(list, SKIPPING, WHOLE_MOVIE);
+    PVOID body = nullptr;
+    INT32_T length = 0;
+    const RTSTATUS result = encode_tp_tavisys_dbdata_movie_information_list_to_message(list, &body, &length);
+    require(result == (expected.is_refused ? -1 : 0), "refused or accepted in error", name);
+    if (result == 0) {
+        const std::string_view got(static_cast<const char *>(body), static_cast<size_t>(length));
+        require(got.size() == expected.bytes.size(), "another length", name);
+        require(list->next != nullptr || got == expected.bytes, "another body of one movie", name);
+    }
+    safe_free(body);
+    delete_tp_tavisys_dbdata_movie_information_list(&list);
+}
+
+// Into a buffer of the caller's, as long as the input says: the bytes, or a failure when there are too many.
+template <auto ENCODE, auto DESCRIBE, auto DELETE, class NODE>
+void try_buffer(const char *name, INPUT_T *input) {
+    const size_t room = static_cast<size_t>(input->integer()) % 256;
+    NODE *list = nullptr;
+    FILL_T fill(input);
+    fill.list(list, SKIPPING, DESCRIBE);
+    WRITE_T expected;
+    expected.list(list, SKIPPING, DESCRIBE);
+    const bool fits = !expected.is_refused && expected.bytes.size() <= room;
+    const std::unique_ptr<char[]> buffer(new char[room]); // its end is watched
+    const INT32_T written = ENCODE(list, buffer.get(), static_cast<INT32_T>(room));
+    require(written == (fits ? static_cast<INT32_T>(expected.bytes.size()) : -1), "another number of bytes",
+            name);
+    require(!fits || memcmp(buffer.get(), expected.bytes.data(), expected.bytes.size()) == 0,
+            "other bytes in the buffer", name);
+    DELETE(&list);
+}
+
 struct TRIAL_T {
     const char *family;
     void (*run)(const char *name, INPUT_T *input);
@@ -493,6 +536,10 @@ constexpr TRIAL_T TRIALS[] = {
     {"system", try_one<SYSTEM, TP_TAVISYS_SYSTEM_INFORMATION_T>},
     {"status", try_one<STATUS, TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T>},
     {"version", try_one<VERSION, TP_TAVISYS_VERSION_INFORMATION_T>},
+    {"movies", try_overlapping},
+    {"videos", try_buffer<encode_tavisys_video_information_list_to_buffer, VIDEO,
+                          delete_tavisys_video_information_list, TP_TAVISYS_VIDEO_INFORMATION_LIST_T>},
+    {"hdvideos", try_buffer<encode_video_list_to_message, DISK_VIDEO, delete_video_list, TP_VIDEO_LIST>},
 };
 
 } // namespace
