@@ -2,8 +2,8 @@
 # Fuzzes the decoders, the channels and the metadata parser, each target for so many seconds, under the
 # address, leak and undefined-behaviour sanitizers; a finding fails the run and is kept.
 # The targets start from fuzz/corpus and the sample library and go on from where the last run ended.
-# Usage: scripts/fuzz.sh [SECONDS [TARGET...]]     each target for that long, 60 if not given
-#        scripts/fuzz.sh corpus                    every input of the corpus once
+# Usage: scripts/fuzz.sh [SECONDS [TARGET...]]   each target, or those named, for that long: 60 if not given
+#        scripts/fuzz.sh corpus [TARGET...]      every input of the corpus once
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -11,7 +11,7 @@ seconds=${1:-60}
 case $seconds in
 corpus) ;;
 *[!0-9]* | '')
-    echo "usage: scripts/fuzz.sh [SECONDS [TARGET...] | corpus]" >&2
+    echo "usage: scripts/fuzz.sh [SECONDS | corpus] [TARGET...]" >&2
     exit 2
     ;;
 esac
@@ -49,7 +49,8 @@ run() {
         "-artifact_prefix=$work/findings/$target-" "$@" $(seeds_of "$target") >"$work/$target.log" 2>&1; then
         failed="$failed $target"
         tail -n 60 "$work/$target.log" >&2
-        echo "$target: a finding; see above, the whole of it in $work/$target.log" >&2
+        echo "$target: a finding; see above, all of it in $work/$target.log:" >&2
+        grep -m 1 -E '^found: |ERROR: |runtime error: ' "$work/$target.log" >&2 || true
     fi
 }
 
@@ -64,7 +65,7 @@ for target; do
         run "$target" -runs=0
     else
         run "$target" "-max_total_time=$seconds" "$work/$target"
-        # shellcheck disable=SC2046 # three numbers
+        # shellcheck disable=SC2046,SC2183 # three numbers
         printf '%-16s %12s %8s %10s\n' "$target" $(numbers "$target")
     fi
 done
