@@ -53,6 +53,12 @@ public:
         return *used >= 0;
     }
 
+    // To /dev/null: that every missing text is printed as something.
+    void show() const {
+        if (family_.show != nullptr)
+            family_.show(record_);
+    }
+
     std::string encode() const {
         INT8_T mark = 0;
         PVOID body = &mark;
@@ -78,6 +84,7 @@ void try_record(const FAMILY_T &family, std::string_view body) {
     RECORD_T first(family);
     if (!first.decode(body, &used))
         return;
+    first.show();
     const std::string once = first.encode();
     if (once.empty())
         return;

@@ -41,6 +41,16 @@ constexpr FAMILY_T with(FAMILY_T family, bool (*can_be_sent)(const void *)) {
     return family;
 }
 
+template <auto SHOW, class RECORD>
+constexpr FAMILY_T with_listing(FAMILY_T family, void (*)(const RECORD *)) {
+    family.show = [](const void *record) { SHOW(static_cast<const RECORD *>(record)); };
+    return family;
+}
+template <auto SHOW>
+constexpr FAMILY_T shown(FAMILY_T family) {
+    return with_listing<SHOW>(family, SHOW);
+}
+
 template <class NODE, class HOLDS>
 bool all_of(const NODE *list, HOLDS holds) {
     for (const NODE *node = list; node != nullptr; node = static_cast<const NODE *>(node->next))
@@ -259,26 +269,29 @@ const FAMILY_T FAMILIES[] = {
         videos.tells_bytes = false;
         return videos;
     }(),
-    family<decode_tavisys_category_information_list_from_message,
-           encode_tavisys_category_information_list_to_message, delete_tavisys_category_information_list>(
-        "categories"),
+    shown<show_tavisys_category_information_list>(
+        family<decode_tavisys_category_information_list_from_message,
+               encode_tavisys_category_information_list_to_message, delete_tavisys_category_information_list>(
+            "categories")),
     family<decode_tavisys_kind_information_from_message, encode_tavisys_kind_information_list_to_message,
            delete_tavisys_kind_information_list>("kinds"),
     family<decode_tavisys_filter_information_list_from_message,
            encode_tavisys_filter_information_list_to_message, delete_tavisys_filter_information_list>(
         "filters"),
-    with(family<decode_tavisys_harddisk_information_list_from_message,
-                encode_tavisys_harddisk_information_list_to_message,
-                release_tavisys_harddisk_information_list>("disks"),
-         disks_can_be_sent),
+    shown<show_tp_tavisys_harddisk_information_list>(
+        with(family<decode_tavisys_harddisk_information_list_from_message,
+                    encode_tavisys_harddisk_information_list_to_message,
+                    release_tavisys_harddisk_information_list>("disks"),
+             disks_can_be_sent)),
     with(family<decode_tavisys_detail_movie_information_from_message,
                 encode_tavisys_detail_movie_information_to_message, release_tavisys_detail_movie_information>(
              "detail"),
          detail_can_be_sent),
-    with(family<decode_tp_tavisys_dbdata_movie_information_list_from_message,
-                encode_tp_tavisys_dbdata_movie_information_list_to_message_packed,
-                delete_tp_tavisys_dbdata_movie_information_list>("movies"),
-         movies_can_be_sent),
+    shown<show_tp_tavisys_dbdata_movie_information_list>(
+        with(family<decode_tp_tavisys_dbdata_movie_information_list_from_message,
+                    encode_tp_tavisys_dbdata_movie_information_list_to_message_packed,
+                    delete_tp_tavisys_dbdata_movie_information_list>("movies"),
+             movies_can_be_sent)),
     with(family<decode_movinfo_request_information_from_buffer, encode_movinfo_request_information_to_message,
                 delete_tp_tavisys_movieinfo_request_information>("movcodes"),
          anything_can_be_sent),
@@ -288,13 +301,15 @@ const FAMILY_T FAMILIES[] = {
     family<decode_tavisys_player_status_information_from_message,
            encode_tavisys_player_status_information_to_message, delete_tavisys_player_status_information>(
         "player"),
-    family<decode_tavisys_system_information_from_message, encode_tavisys_system_information_to_message,
-           delete_tavisys_system_information>("system"),
+    shown<show_tavisys_system_information>(
+        family<decode_tavisys_system_information_from_message, encode_tavisys_system_information_to_message,
+               delete_tavisys_system_information>("system")),
     family<decode_tavisys_sysrun_status_information_from_message,
            encode_tavisys_sysrun_status_information_to_message, delete_tavisys_sysrun_status_information>(
         "status"),
-    family<decode_tavisys_version_information_from_message, encode_tavisys_version_information_to_message,
-           delete_tavisys_version_information>("version"),
+    shown<show_tavisys_version_information>(
+        family<decode_tavisys_version_information_from_message, encode_tavisys_version_information_to_message,
+               delete_tavisys_version_information>("version")),
     family<decode_tavisys_video_information_list_from_buffer,
            encode_tavisys_video_information_list_to_message, delete_tavisys_video_information_list>("videos"),
     family<decode_text, encode_text, release_items>("text"),

@@ -19,6 +19,7 @@ struct FAMILY_T {
     bool (*can_be_sent)(const void *record) = nullptr;
     INT32_T unread = 0;      // bytes at the end of an encoded body that the decoder leaves
     bool tells_bytes = true; // otherwise decoding well is 0
+    void (*show)(const void *record) = nullptr;
 };
 
 // The place of a family never changes, so that inputs keep their meaning: new ones go to the end.
