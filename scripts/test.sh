@@ -4,6 +4,7 @@
 #   - the tests with threads under the thread sanitizer
 #   - the whole suite once more as a release, compiled by Clang (GCC compiles the other two), with
 #     warnings as errors in all three
+#   - the fuzz targets: their corpora, and each for 10 seconds
 #   - clang-format and clang-tidy
 # TAVISYS_DATA=DIR names a folder of generated movie documents for the tests on large input.
 # Usage: scripts/test.sh
@@ -40,6 +41,9 @@ build tsan
 suite tsan -L threads
 build clang
 suite clang
+step "fuzz"
+scripts/fuzz.sh corpus
+scripts/fuzz.sh 10
 step "clang-tidy"
 git ls-files 'support/*.cpp' 'comm/*.cpp' 'codec/*.cpp' 'dbdata_*/*.cpp' 'utils/*.cpp' 'agent/*.cpp' 'apps/*.cpp' |
     xargs -n 4 -P "$(nproc)" clang-tidy --quiet -p build/clang
