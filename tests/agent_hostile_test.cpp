@@ -16,7 +16,6 @@ using namespace std::string_literals;
 
 namespace {
 
-constexpr size_t HEAD = sizeof(TRLV_MESSAGE_HEAD);
 constexpr RTSTATUS HEAD_FAILED = -4, BODY_FAILED = -5, WRONG_TYPE = -8, INVALID = -12;
 
 thread_local bool t_in_call = false; // here every other clock is that of the 1st of January 1970

@@ -80,6 +80,37 @@ void expect_in_fresh_process(bool (*call)()) {
     EXPECT_EXIT(exit(call() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
+MOVIE_T *movie(const INT8_T *code, const INT8_T *disk = "sda", const INT8_T *partition = "sda1") {
+    MOVIE_T *made = create_dbdata_movie_information();
+    made->info = create_dbdata_basic_movie_information(code, "片名", nullptr);
+    made->hddevname = safe_strdup(disk);
+    made->ptdevname = safe_strdup(partition);
+    return made;
+}
+
+NODE_T *node_of(MOVIE_T *made) {
+    return create_dbdata_movie_information_list_node(made);
+}
+
+// A movie with everything that it can own.
+MOVIE_T *full_movie() {
+    MOVIE_T *made = movie("M1");
+    for (INT8_T **text : {&made->imdbvalue, &made->acronym, &made->summary, &made->description})
+        *text = safe_strdup("文");
+    made->ipaddr = safe_strdup("10.0.0.1");
+    made->posters = create_dbdata_poster_information("b", "m", "s");
+    made->dimension_list = create_dbdata_dimension_information_list_node_ex(0, "2D", nullptr);
+    made->resolution_list = create_dbdata_resolution_information_list_node_ex(0, "BD", nullptr);
+    made->category_list = create_dbdata_category_information_list_node_ex("电影", nullptr);
+    made->kind_list = create_dbdata_kind_information_list_node_ex(1, "动作", nullptr);
+    made->area_list = create_dbdata_area_information_list_node_ex("美国", nullptr);
+    made->director_list = create_dbdata_director_information_list_node_ex("P1", "甲", nullptr);
+    made->actor_list = create_dbdata_actor_information_list_node_ex("P2", "乙", nullptr);
+    made->year_list = create_dbdata_year_information_list_node_ex(1999, nullptr);
+    made->video_list = create_dbdata_video_information_list_node_ex(1, "片", "/v", "/m");
+    return made;
+}
+
 } // namespace
 
 TEST_F(Attribute, AListHoldsEachKeyOnceAndANodeWithoutARecordAtItsHeadAlone) {
