@@ -30,20 +30,24 @@ RTSTATUS in_call(ASK ask) {
     return status;
 }
 
+template <class RECORD>
+RECORD *none_of(void (*)(RECORD **)) {
+    return nullptr;
+}
 // Asks, and releases what the call hands out; a failure hands out nothing.
-template <auto CALL, class RECORD, class... ARGUMENT>
-RTSTATUS ask_for(void (*release)(RECORD **), ARGUMENT... arguments) {
-    RECORD *out = nullptr;
-    const RTSTATUS status = in_call([&] { return CALL(arguments..., &out); });
+template <auto CALL, auto RELEASE, auto... ARGUMENTS>
+RTSTATUS ask() {
+    auto *out = none_of(RELEASE);
+    const RTSTATUS status = in_call([&] { return CALL(ARGUMENTS..., &out); });
     EXPECT_TRUE(status >= 0 || out == nullptr);
     if (out != nullptr)
-        release(&out);
+        RELEASE(&out);
     return status;
 }
 
 const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T PAGE{0, 0, 0, 0, 0, 1, 20, 0};
 const TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T MOVIE{6, 1001};
-const INT8_T *const HERE = TAVISYS_LOCAL_SERVER_ADDRESS;
+constexpr INT8_T HERE[] = TAVISYS_LOCAL_SERVER_ADDRESS, DISK[] = "sda", PARTITION[] = "sda1";
 
 struct CALL_T {
     INT32_T type;
@@ -55,65 +59,35 @@ struct CALL_T {
 };
 const std::string DETAIL = wire("戏", 1993, 0, nullptr, 1, "导演", 1, "陈", 0, 0, 0, 0, 1, 0);
 const CALL_T CALLS[] = {
-    {1000,
-     [] { return ask_for<tavisysapi_get_software_version_information>(delete_tavisys_version_information); },
+    {1000, ask<tavisysapi_get_software_version_information, delete_tavisys_version_information>,
      wire("1.0", nullptr, ""), 0, 0},
-    {1001,
-     [] { return ask_for<tavisysapi_get_system_running_status>(delete_tavisys_sysrun_status_information); },
+    {1001, ask<tavisysapi_get_system_running_status, delete_tavisys_sysrun_status_information>,
      wire(2, 10, 8, 1, 1), 20},
-    {1002, [] { return ask_for<tavisysapi_get_system_information>(delete_tavisys_system_information); },
-     wire(2, 30)},
-    {1003,
-     [] {
-         return ask_for<tavisysapi_get_category_information_list>(delete_tavisys_category_information_list);
-     },
+    {1002, ask<tavisysapi_get_system_information, delete_tavisys_system_information>, wire(2, 30)},
+    {1003, ask<tavisysapi_get_category_information_list, delete_tavisys_category_information_list>,
      wire(1, 6, "电影", 12)},
-    {1005,
-     [] {
-         return ask_for<tavisysapi_get_movie_filter_information_list>(delete_tavisys_filter_information_list,
-                                                                      9, 3);
-     },
+    {1005, ask<tavisysapi_get_movie_filter_information_list, delete_tavisys_filter_information_list, 9, 3>,
      wire(1, 5, "1993")},
-    {1006,
-     [] {
-         return ask_for<tavisysapi_get_movie_basic_ext_information>(
-             delete_tavisys_basic_movie_ext_information, &PAGE);
-     },
+    {1006, ask<tavisysapi_get_movie_basic_ext_information, delete_tavisys_basic_movie_ext_information, &PAGE>,
      wire(1, 20, 0, 0, 0, 0)},
     {5006,
-     [] {
-         return ask_for<touchscreen_get_movie_basic_ext_information>(
-             delete_tavisys_basic_movie_ext_information, &PAGE);
-     },
+     ask<touchscreen_get_movie_basic_ext_information, delete_tavisys_basic_movie_ext_information, &PAGE>,
      wire(1, 20, 0, 0, 0, 0)},
-    {1007,
-     [] {
-         return ask_for<tavisysapi_get_movie_detail_information>(release_tavisys_detail_movie_information,
-                                                                 &MOVIE);
-     },
+    {1007, ask<tavisysapi_get_movie_detail_information, release_tavisys_detail_movie_information, &MOVIE>,
      DETAIL},
     {1007,
-     [] {
-         return ask_for<touch_screenapi_get_movie_detail_information>(
-             release_tavisys_detail_movie_information, &MOVIE);
-     },
+     ask<touch_screenapi_get_movie_detail_information, release_tavisys_detail_movie_information, &MOVIE>,
      DETAIL},
-    {3000,
-     [] {
-         return ask_for<tavisysapi_get_vod_harddisk_information>(release_tavisys_harddisk_information_list,
-                                                                 HERE);
-     },
+    {3000, ask<tavisysapi_get_vod_harddisk_information, release_tavisys_harddisk_information_list, HERE>,
      wire(0), 4},
     {3003,
-     [] {
-         return ask_for<tavisysapi_get_movie_metadata_from_server>(
-             delete_tp_tavisys_dbdata_movie_information_list, HERE, "sda", "sda1");
-     },
+     ask<tavisysapi_get_movie_metadata_from_server, delete_tp_tavisys_dbdata_movie_information_list, HERE,
+         DISK, PARTITION>,
      wire(0), 4, -1, 10},
     {3002,
      [] {
          INT32_T movies = 0;
-         return in_call([&] { return tavisysapi_get_movies_from_server(HERE, "sda", "sda1", &movies); });
+         return in_call([&] { return tavisysapi_get_movies_from_server(HERE, DISK, PARTITION, &movies); });
      },
      wire(513)},
     {3004,
