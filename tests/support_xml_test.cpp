@@ -108,9 +108,11 @@ TEST(SupportXml, CopiesTheElementsOwnTextCutAtAWholeCharacter) {
 
 TEST(SupportXml, DocumentsOutliveTheirThreadAndAreFreedByAnother) {
     std::vector<std::future<DOC_T>> docs(40);
-    const auto name = [](size_t number) { return "n" + std::to_string(number); };
+    const auto name = [](size_t number) { return std::to_string(number).insert(0, 1, 'n'); };
     for (size_t i = 0; i < docs.size(); i++)
-        docs[i] = std::async(std::launch::async, [name, i] { return parse("<r><" + name(i) + "/></r>"); });
+        docs[i] = std::async(std::launch::async, [name, i] {
+            return parse(std::string("<r><").append(name(i)).append("/></r>"));
+        });
     for (size_t i = 0; i < docs.size(); i++) {
         const DOC_T doc = docs[i].get();
         EXPECT_EQ(1, number_of(get_root_object_from_doc_object(doc.get()), name(i).c_str()));

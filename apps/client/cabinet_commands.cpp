@@ -41,7 +41,8 @@ public:
         drawn = line;
         // The last column stays free: a terminal would go on to the next line.
         const bool redrawn = width != UNLIMITED;
-        write_output(redrawn ? "\r" + cut_to_width(line, width - 1) + "\033[K" : line + "\n");
+        write_output(redrawn ? std::string("\r").append(cut_to_width(line, width - 1)).append("\033[K")
+                             : line + "\n");
     }
 
 private:

@@ -181,7 +181,7 @@ std::string show_videos(const TP_TAVISYS_VIDEO_INFORMATION_LIST_T *list, int wid
         table.rows.push_back(
             {std::to_string(video.id), std::to_string(video.seqno), text_of(video.name), text_of(video.mp4)});
     });
-    return table.rows.empty() ? "" : "\n" + lay_out_table(table, width);
+    return table.rows.empty() ? "" : lay_out_table(table, width).insert(0, 1, '\n');
 }
 
 } // namespace
