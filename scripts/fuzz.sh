@@ -24,7 +24,7 @@ cmake --build --preset fuzz -- --quiet
 
 export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1
 export UBSAN_OPTIONS=print_stacktrace=1
-work=build/fuzz/work
+work=build/fuzz/runs
 failed=
 
 # The options of a target beside libFuzzer's own, and the folders that it only reads.
@@ -39,13 +39,14 @@ seeds_of() {
     [ "$1" != metadata_fuzz ] || echo samples/library
 }
 
-# Runs a target; its words go to its log.
+# Runs a target; its words go to its log. The time limit of an input is one by the clock, and a busy machine
+# may leave a process without its turn for most of a minute.
 run() {
     target=$1
     shift
     mkdir -p "$work/$target" "$work/findings"
     # shellcheck disable=SC2046 # options and folders are words
-    if ! "build/fuzz/fuzz/$target" $(options_of "$target") -timeout=20 -print_final_stats=1 \
+    if ! "build/fuzz/fuzz/$target" $(options_of "$target") -timeout=300 -print_final_stats=1 \
         "-artifact_prefix=$work/findings/$target-" "$@" $(seeds_of "$target") >"$work/$target.log" 2>&1; then
         failed="$failed $target"
         tail -n 60 "$work/$target.log" >&2
