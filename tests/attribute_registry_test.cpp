@@ -109,20 +109,6 @@ TEST_F(AttributeRegistry, ARecordLivesUntilItsLastReferenceGoes) {
     delete_dbdata_area_information_list_node(&second);
 }
 
-TEST_F(AttributeRegistry, ShortMemoryLosesNothingAndOnlyTheNodeTells) {
-    bool failed = true;
-    for (int nth = 1; failed; nth++) {
-        testing::internal::CaptureStdout();
-        fail_nth_allocation(nth);
-        NODE_T *node = node_of("a");
-        failed = an_allocation_failed();
-        const std::string printed = testing::internal::GetCapturedStdout();
-        EXPECT_EQ(failed, node == nullptr);
-        EXPECT_TRUE(printed.empty() || printed == "分配24字节的内存出错,错误原因: Cannot allocate memory\n");
-        delete_dbdata_area_information_list_node(&node);
-    }
-}
-
 TEST(AttributeRegistryDeathTest, AFreshProcessNumbersKeysAsItMeetsThem) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto exit_as_told = [] {

@@ -181,23 +181,3 @@ TEST_F(MovieRecord, TheFilterComparesIdsAnd0StandsForAny) {
     EXPECT_EQ(std::vector{line("filter_movie_by_condition", 80, "movinfo is nul!")}, take_log());
     release_dbdata_movie_information(&made);
 }
-
-TEST_F(MovieRecord, ShortMemoryLosesNothing) {
-    bool failed = true;
-    testing::internal::CaptureStdout();
-    for (int nth = 1; failed; nth++) {
-        fail_nth_allocation(nth);
-        MOVIE_T *made = create_dbdata_movie_information();
-        auto *basic = create_dbdata_basic_movie_information("M1", "片名", "Title");
-        auto *posters = create_dbdata_poster_information("b", "m", "s");
-        NODE_T *node = node_of(nullptr);
-        failed = an_allocation_failed();
-        EXPECT_EQ(failed, made == nullptr || basic == nullptr || posters == nullptr || node == nullptr);
-        delete_dbdata_basic_movie_information(&basic);
-        delete_dbdata_poster_information(&posters);
-        release_dbdata_movie_information(&made);
-        release_list(&node);
-    }
-    EXPECT_EQ("分配16 字节的内存出错,错误原因: Cannot allocate memory", // of the node; no line end
-              testing::internal::GetCapturedStdout());
-}
