@@ -1,7 +1,10 @@
 /** @file codec_basic_movinfo.h
  *  One page of movies, the reply body of requests 1006 and 5006: five paging integers, then a counted list
  *  of short movie descriptions; and two bodies for programs that settle among themselves when to send
- *  them: pairs of movie and video ids, and videos by movie code. */
+ *  them: pairs of movie and video ids, and videos by movie code.
+ *
+ *  What is logged goes to zlog's default category (dzlog). The WARN line of an encoder is
+ *  "参数获取出错! ..." for a NULL argument and "创建内存失败.." when memory is short. */
 #ifndef TAVISYS_CODEC_BASIC_MOVINFO_H
 #define TAVISYS_CODEC_BASIC_MOVINFO_H
 
@@ -11,7 +14,8 @@
 extern "C" {
 #endif
 
-/** A counted array of attribute ids. */
+/** A counted array of attribute ids. With a negative number, or one above 0 and no array, what holds it can't
+ *  be encoded: a failure like the others. */
 typedef struct {
     INT32_T num;  /**< number of ids */
     INT32_T *ids; /**< the ids, owned by the record */
@@ -107,9 +111,10 @@ TAVISYS_API void
 add_node_to_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list,
                                                  TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node);
 
-/** Append a node unless a movie of the same code, in upper or lower case, is in the list. A duplicate is
- *  logged at INFO and deleted, with its record and whatever is chained behind it: the caller's pointer
- *  must not be used afterwards, whichever way it went. NULL arguments are ignored. */
+/** Append a node unless a movie of the same code, in upper or lower case, is in the list. Of movies without a
+ *  code the first alone is taken, nodes without a record are all. A duplicate is logged at INFO and deleted,
+ *  with its record and whatever is chained behind it: the caller's pointer must not be used afterwards,
+ *  whichever way it went. NULL arguments are ignored. */
 TAVISYS_API void
 add_touchscreen_node_to_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list,
                                                              TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node);
@@ -212,8 +217,8 @@ TAVISYS_API INT32_T decode_movid_info_to_buffer(const void *msgdata, INT32_T msg
 
 /* Videos by movie code: a count of movies; of each its code, a count of videos and the videos. */
 
-/** @return a video with copies of the strings, each of which may be NULL; or NULL with a WARN line:
- *          memory short. */
+/** @return a video with copies of the strings, each of which may be NULL; or NULL: memory short, with the
+ *          line of a list node, but on the log at WARN. */
 TAVISYS_API TP_VIDEO_LIST *create_video_node(const INT8_T *hdsn, INT32_T index, const INT8_T *movname);
 
 /** Append a video, which the list takes over. It walks the list: n appends cost n squared. NULL arguments

@@ -213,15 +213,16 @@ add_node_to_tp_tavisys_dbdata_movie_information_list(TP_TAVISYS_DBDATA_MOVIE_INF
                                                      TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *node);
 
 /** Encode a list of movies into a fresh body, which the caller frees with safe_free(). Nodes without a
- *  record are left out. The length of the body is told on standard output.
+ *  record are left out. The length of the body is told on standard output: "编码后信息长度为(length)".
  *
  *  A body of several movies can't be decoded: each further movie is written at a smaller offset, as far
  *  behind the start of the one before as that one's video list is long, over its tail. Peers know the body
  *  of one movie only. For more use encode_tp_tavisys_dbdata_movie_information_list_to_message_packed().
  *
- *  @return 0, or -1 with a line on standard output and the out-arguments untouched: NULL list, a movie
+ *  @return 0, or -1 with lines on standard output and the out-arguments untouched: NULL list, a movie
  *          whose `director_list`, `actor_list`, `year_list` or `video_list` is NULL (an empty one is a
- *          node without a record), memory short. -1 without a line: NULL out-argument. */
+ *          node without a record), memory short: "分配(length)字节内存空间出错.错误原因: ...". -1 without
+ *          a line: NULL out-argument. */
 TAVISYS_API RTSTATUS encode_tp_tavisys_dbdata_movie_information_list_to_message(
     const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *list, PVOID *msgdata, INT32_T *msglen);
 
@@ -238,7 +239,7 @@ TAVISYS_API RTSTATUS encode_tp_tavisys_dbdata_movie_information_list_to_message_
 TAVISYS_API INT32_T decode_tp_tavisys_dbdata_movie_information_list_from_message(
     const void *msgdata, INT32_T msglen, TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T **list);
 
-/* Listings on standard output. A NULL record prints nothing, a NULL string "(null)". */
+/* Listings on standard output. */
 
 /** Print the name and a blank. */
 TAVISYS_API void
@@ -350,8 +351,8 @@ TAVISYS_API INT32_T encode_mid_vid_to_buffer(const INT8_T *mid, const INT8_T *vi
                                              INT32_T *msglen);
 /** Decode (despite the name) an integer and, unless it is 0, the two ids, which the caller frees with
  *  safe_free(), also *mid when the call failed behind it: clear both before the call.
- *  @return bytes consumed (4 with both left as they were when the integer is 0), or -1: NULL argument,
- *          body cut short or malformed, memory short. */
+ *  @return bytes consumed, or -1: NULL argument, body cut short or malformed, memory short. When the integer
+ *          is 0: 4, whatever the out-arguments are, and both are left as they were. */
 TAVISYS_API INT32_T decode_mid_vid_to_buffer(const void *msgdata, INT32_T msglen, INT8_T **mid, INT8_T **vid);
 
 /** Encode an answer into a buffer of the caller's: two integers and four strings, any of which may be
@@ -373,8 +374,8 @@ TAVISYS_API INT32_T encode_basic_movie_return(INT32_T index, INT32_T duration, c
  *  safe_free(), also those that were decoded before the call failed: clear them before the call. The
  *  integers may have been written by then, too.
  *  @param msglen [in] the address of the number of bytes in the body.
- *  @return bytes consumed (4 with all left as they were when the integer is 0), or -1: NULL argument,
- *          body cut short or malformed, memory short. */
+ *  @return bytes consumed, or -1: NULL argument, body cut short or malformed, memory short. When the integer
+ *          is 0: 4, whatever the out-arguments are, and all are left as they were. */
 TAVISYS_API INT32_T decode_basic_movie_to_buffer(const void *msgdata, const INT32_T *msglen, INT32_T *index,
                                                  INT32_T *duration, INT8_T **hdsn, INT8_T **name,
                                                  INT8_T **movsn, INT8_T **dimension);
@@ -385,14 +386,14 @@ TAVISYS_API INT32_T decode_basic_movie_to_buffer(const void *msgdata, const INT3
 TAVISYS_API int calc_ffmpegc_movie_path_length(const INT8_T *ptdev, const INT8_T *video_rpath);
 /** Encode a path, either part of which may be NULL, into a fresh body, which the caller frees with
  *  safe_free().
- *  @return 0, or -1 with the out-arguments untouched: NULL out-argument, memory short (with a word on
- *          standard output). */
+ *  @return 0, or -1 with the out-arguments untouched: NULL out-argument, memory short, with
+ *          "创建内存失败.." on standard output. */
 TAVISYS_API INT32_T encode_ffmpegc_movie_path_to_buffer(const INT8_T *ptdev, const INT8_T *video_rpath,
                                                         PVOID *msgdata, INT32_T *msglen);
 /** Decode a path, whose parts the caller frees with safe_free(), also *ptdev when the call failed behind
  *  it: clear both before the call.
- *  @return bytes consumed; 0, not -1, for a NULL body; -1 with a word on standard output: NULL
- *          out-argument, body cut short or malformed, memory short. */
+ *  @return bytes consumed; 0, not -1, for a NULL body; -1 with "failed to decode_ptr_data_from_buffer" on
+ *          standard output: NULL out-argument, body cut short or malformed, memory short. */
 TAVISYS_API INT32_T decode_ffmpegc_movie_path_from_buffer(const void *msgdata, INT32_T msglen, INT8_T **ptdev,
                                                           INT8_T **video_rpath);
 

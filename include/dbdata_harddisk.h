@@ -51,8 +51,9 @@ create_dbdata_harddisk_information_list_node(DBDATA_HARDDISK_INFORMATION_T *info
                                              DBDATA_PARTITION_INFORMATION_LIST_T *list, INT32_T movies);
 
 /** Create a record and a node that holds it.
- *  @return the node, or NULL: NULL device name, or memory short, which is said on standard output; the
- *          partitions stay the caller's. */
+ *  @return the node, or NULL with the partitions still the caller's: NULL device name, which is not told;
+ *          memory short for the record, told as "创建硬盘信息节点出错.硬盘序列号为(serialno)" on standard
+ *          output, or for the node, whose line is followed by "创建硬盘信息链表节点出错". */
 TAVISYS_API DBDATA_HARDDISK_INFORMATION_LIST_T *
 create_dbdata_harddisk_information_list_node_ex(const INT8_T *devname, const INT8_T *serialno,
                                                 DBDATA_PARTITION_INFORMATION_LIST_T *list, INT32_T movies);

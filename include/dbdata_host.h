@@ -51,8 +51,9 @@ create_dbdata_host_information_list_node(DBDATA_HOST_INFORMATION_T *info,
                                          DBDATA_HARDDISK_INFORMATION_LIST_T *list, INT32_T movies);
 
 /** Create a record and a node that holds it.
- *  @return the node, or NULL: NULL address, or memory short, which is said on standard output; the disks
- *          stay the caller's. */
+ *  @return the node, or NULL with the disks still the caller's: NULL address, which is not told; memory
+ *          short for the record, told as "创建主机信息节点出错.主机IP地址为(ipaddr)" on
+ *          standard output, or for the node, whose line is followed by "创建主机信息链表节点出错". */
 TAVISYS_API DBDATA_HOST_INFORMATION_LIST_T *
 create_dbdata_host_information_list_node_ex(EVENT_HOST_TYPE_E type, const INT8_T *ipaddr,
                                             DBDATA_HARDDISK_INFORMATION_LIST_T *list, INT32_T movies);

@@ -126,7 +126,8 @@ TAVISYS_API void delete_dbdata_movie_information(DBDATA_MOVIE_INFORMATION_T **in
 TAVISYS_API void release_dbdata_movie_information(DBDATA_MOVIE_INFORMATION_T **info);
 
 /** @param info [in] the movie, whose reference passes from the caller to the node; may be NULL.
- *  @return a fresh node, or NULL: memory short, the reference stays the caller's. */
+ *  @return a fresh node, or NULL: memory short, the reference stays the caller's. Its line on standard output
+ *          has a blank before 字节 and no line end. */
 TAVISYS_API DBDATA_MOVIE_INFORMATION_LIST_T *
 create_dbdata_movie_information_list_node(DBDATA_MOVIE_INFORMATION_T *info);
 

@@ -56,8 +56,9 @@ create_dbdata_partition_information_list_node(DBDATA_PARTITION_INFORMATION_T *in
                                               DBDATA_MOVIE_INFORMATION_LIST_T *list, INT32_T movies);
 
 /** Create a record and a node that holds it.
- *  @return the node, or NULL: NULL device name, or memory short, which is said on standard output; the
- *          movies stay the caller's. */
+ *  @return the node, or NULL with the movies still the caller's: NULL device name, which is not told; memory
+ *          short for the record, told as "创建分区信息出错" on standard output, or for the node, whose line
+ *          is followed by "创建分区信息链表节点出错". */
 TAVISYS_API DBDATA_PARTITION_INFORMATION_LIST_T *
 create_dbdata_partition_information_list_node_ex(INT32_T seqno, const INT8_T *devname, const INT8_T *uuid,
                                                  const INT8_T *mntp, DBDATA_MOVIE_INFORMATION_LIST_T *list,

@@ -8,7 +8,8 @@
  *    first meets them; a key keeps its id until the process ends, also while no record of it lives, and
  *    no id is given twice. A creation that fails may have given its key an id.
  *  - A list is held by the address of its head pointer; NULL is the empty list. It holds a key at most
- *    once, in the order of first insertion. Keys are compared byte by byte.
+ *    once, in the order of first insertion. Keys are compared byte by byte; of records that lack theirs a
+ *    list holds one, which no search finds.
  *  - A NULL argument gives NULL, 0 or nothing. A list node that finds no memory says so on standard
  *    output; everything else fails silently.
  *  - Records may be created from any number of threads at once. Counts and lists are plain data: the
