@@ -1,9 +1,8 @@
 /** @file dbdata_harddisk.h
  *  Storage positions: the hard disks of a host with their partitions.
  *
- *  Records are shared by `count`, and each list node owns one reference. Counts, lists and statistics are
- *  plain data, for one thread at a time. A NULL argument gives NULL, 0 or nothing, unless said otherwise. A
- *  node that finds no memory says so on standard output. */
+ *  Records are shared by `count`, and each list node owns one reference. A NULL argument gives
+ *  NULL, 0 or nothing, unless said otherwise. */
 #ifndef TAVISYS_DBDATA_HARDDISK_H
 #define TAVISYS_DBDATA_HARDDISK_H
 

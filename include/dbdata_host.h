@@ -2,9 +2,8 @@
  *  Storage positions: the hosts that hold movies, the local machine and video servers of the network, with
  *  their hard disks. The top of the tree host, hard disk, partition, movies.
  *
- *  Records are shared by `count`, and each list node owns one reference. Counts, lists and statistics are
- *  plain data, for one thread at a time. A NULL argument gives NULL, 0 or nothing, unless said otherwise. A
- *  node that finds no memory says so on standard output. */
+ *  Records are shared by `count`, and each list node owns one reference. A NULL argument gives
+ *  NULL, 0 or nothing, unless said otherwise. */
 #ifndef TAVISYS_DBDATA_HOST_H
 #define TAVISYS_DBDATA_HOST_H
 

@@ -2,10 +2,9 @@
  *  The movie records of the catalogue: one per movie found on a partition of a hard disk of some host.
  *
  *  A movie is shared by every list that holds it: `count` counts the references, and each list node owns
- *  one. Movies may be created from any number of threads at once; counts and lists are plain data, for
- *  one thread at a time. A NULL argument gives NULL, 0 or nothing, unless said otherwise. A list node that
- *  finds no memory says so on standard output; duplicates and a NULL movie in the filter are logged
- *  through zlog's default category (dzlog). */
+ *  one. Movies may be created from any number of threads at once. A NULL argument gives NULL, 0 or nothing,
+ *  unless said otherwise. Duplicates and a NULL movie in the filter are logged through zlog's default
+ *  category (dzlog). */
 #ifndef TAVISYS_DBDATA_MOVIE_H
 #define TAVISYS_DBDATA_MOVIE_H
 

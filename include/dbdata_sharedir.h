@@ -1,9 +1,8 @@
 /** @file dbdata_sharedir.h
  *  Storage positions beside the tree of hosts: shared directories with their movies.
  *
- *  Records are shared by `count`, and each list node owns one reference. Counts, lists and statistics are
- *  plain data, for one thread at a time. A NULL argument gives NULL, 0 or nothing, unless said otherwise. A
- *  node that finds no memory says so on standard output. */
+ *  Records are shared by `count`, and each list node owns one reference. A NULL argument gives
+ *  NULL, 0 or nothing, unless said otherwise. */
 #ifndef TAVISYS_DBDATA_SHAREDIR_H
 #define TAVISYS_DBDATA_SHAREDIR_H
 

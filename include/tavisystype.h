@@ -15,7 +15,8 @@
  *  - Nothing is printed or logged, but for a list node that finds no memory: "分配...字节的内存出错,错误原因:
  *    ..." on standard output, whoever makes the node, a decoder and an _ex function included.
  *  - A function touches its arguments alone, so any number of threads may call it at once on
- *    different records; a record or list that one thread changes must not be used by another meanwhile. */
+ *    different records, and several may read the same ones. What one thread changes must not be used by
+ *    another meanwhile: a record, its count of references included, and every list that shares it. */
 #ifndef TAVISYS_TAVISYSTYPE_H
 #define TAVISYS_TAVISYSTYPE_H
 
