@@ -24,7 +24,7 @@ typedef struct {
 /** One movie in a page. The record owns its strings and ids records, each of which may be NULL. */
 typedef struct {
     INT32_T movid;                     /**< movie id */
-    INT8_T *movcode;                   /**< movie code, by which duplicates are recognised */
+    INT8_T *movcode;                   /**< movie code, which tells duplicates; NULL is one like others */
     INT8_T *movname;                   /**< title */
     UINT32_T score;                    /**< score; tavisys-server sends tenths, 93 for 9.3 */
     INT32_T puttime;                   /**< put on the shelf; tavisys-server sends YYYYMMDD */
@@ -111,10 +111,9 @@ TAVISYS_API void
 add_node_to_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list,
                                                  TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node);
 
-/** Append a node unless a movie of the same code, in upper or lower case, is in the list. Of movies without a
- *  code the first alone is taken, nodes without a record are all. A duplicate is logged at INFO and deleted,
- *  with its record and whatever is chained behind it: the caller's pointer must not be used afterwards,
- *  whichever way it went. NULL arguments are ignored. */
+/** Append a node unless a movie of the same code, in upper or lower case, is in the list. A duplicate is
+ *  logged at INFO and deleted, with its record and whatever is chained behind it: the caller's pointer
+ *  must not be used afterwards, whichever way it went. NULL arguments are ignored. */
 TAVISYS_API void
 add_touchscreen_node_to_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list,
                                                              TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node);
