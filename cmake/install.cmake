@@ -29,3 +29,25 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tavisys.pc DESTINATION ${CMAKE_INSTALL
 if(TAVISYS_BUILD_PROGRAMS)
   install(FILES packaging/tavisys-server.service DESTINATION lib/systemd/system COMPONENT server)
 endif()
+
+# Manual pages, where there is Doxygen to make them of the headers.
+find_program(DOXYGEN doxygen)
+if(DOXYGEN)
+  set(pages ${CMAKE_CURRENT_BINARY_DIR}/reference)
+  file(GLOB page_sources CONFIGURE_DEPENDS docs/man/* docs/reference/*)
+  list(TRANSFORM public_headers PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ OUTPUT_VARIABLE header_paths)
+  add_custom_command(OUTPUT ${pages}/made
+                     COMMAND ${CMAKE_COMMAND} -E make_directory ${pages}
+                     COMMAND docs/reference/man-pages ${pages} ${PROJECT_VERSION}
+                     COMMAND ${CMAKE_COMMAND} -E touch ${pages}/made
+                     DEPENDS ${header_paths} ${page_sources} WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}
+                     COMMENT "Making the manual pages" VERBATIM)
+  add_custom_target(man_pages ALL DEPENDS ${pages}/made)
+  foreach(page "3;dev" "1;client" "8;server")
+    list(GET page 0 section)
+    list(GET page 1 component)
+    install(DIRECTORY ${pages}/man/man${section} DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT ${component} OPTIONAL)
+  endforeach()
+else()
+  message(STATUS "manual pages: none, doxygen isn't installed")
+endif()
