@@ -61,7 +61,7 @@ typedef struct {
 
 /** A page: its numbers and its movies. */
 typedef struct {
-    TP_PAGE_INFORMATION pageinfo;
+    TP_PAGE_INFORMATION pageinfo;                    /**< its numbers */
     TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *list; /**< owned by the record */
 } TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T;
 
@@ -243,7 +243,9 @@ TAVISYS_API void delete_hard_disk_videolist(TP_HARD_DISK_VIDEO_INFORMATION_T **l
 
 /** Encode a list of videos into a buffer of the caller's (despite the name). Length and count are logged
  *  at INFO.
- *  @param message [out] destination. @param length [in] bytes in the destination.
+ *  @param list    [in]  the videos; may be NULL.
+ *  @param message [out] destination.
+ *  @param length  [in]  bytes in the destination.
  *  @return bytes written, or -1 with a WARN line: NULL argument, length 0, too little room. The buffer
  *          stays the caller's either way. */
 TAVISYS_API INT32_T encode_video_list_to_message(const TP_VIDEO_LIST *list, PVOID message, INT32_T length);

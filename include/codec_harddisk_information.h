@@ -22,8 +22,8 @@ typedef struct {
 
 /** Node of a list of partitions. The node owns its record. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_TAVISYS_PARTITION_INFORMATION_T *info;
+    PVOID next;                               /**< next node or NULL */
+    TP_TAVISYS_PARTITION_INFORMATION_T *info; /**< the partition */
 } TP_TAVISYS_PARTITION_INFORMATION_LIST_T;
 
 /** One hard disk. */
@@ -34,8 +34,8 @@ typedef struct {
 
 /** Node of a list of hard disks. The partitions stand beside the disk's record, not in it. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_TAVISYS_HARDDISK_INFORMATION_T *info;
+    PVOID next;                                    /**< next node or NULL */
+    TP_TAVISYS_HARDDISK_INFORMATION_T *info;       /**< the disk */
     TP_TAVISYS_PARTITION_INFORMATION_LIST_T *list; /**< the disk's partitions */
 } TP_TAVISYS_HARDDISK_INFORMATION_LIST_T;
 

@@ -118,6 +118,7 @@ TAVISYS_API INT32_T
 dbdata_get_movies_from_dbdata_harddisk_information_list(const DBDATA_HARDDISK_INFORMATION_LIST_T *list);
 
 /** Print the list with its partitions to standard output.
+ *  @param list   [in] may be NULL.
  *  @param indent [in] nesting level, see show_indent(). */
 TAVISYS_API void show_dbdata_harddisk_information_list(const DBDATA_HARDDISK_INFORMATION_LIST_T *list,
                                                        INT32_T indent);

@@ -99,7 +99,9 @@ TAVISYS_API void delete_dbdata_host_information_list(DBDATA_HOST_INFORMATION_LIS
  *  its list is a list of one. */
 TAVISYS_API void release_dbdata_host_information_list(DBDATA_HOST_INFORMATION_LIST_T **list);
 
-/** Print the tree to standard output. @param indent [in] nesting level, see show_indent(). */
+/** Print the tree to standard output.
+ *  @param list   [in] may be NULL.
+ *  @param indent [in] nesting level, see show_indent(). */
 TAVISYS_API void show_dbdata_host_information_list(const DBDATA_HOST_INFORMATION_LIST_T *list,
                                                    INT32_T indent);
 

@@ -204,7 +204,9 @@ TAVISYS_API void show_tavinfo_movie_posters_information(const DBDATA_POSTER_INFO
 /** Prints nothing: the listings of attributes and storage positions call it and stay free of movies. */
 TAVISYS_API void show_dbdata_movie_information(const DBDATA_MOVIE_INFORMATION_T *info);
 
-/** Calls show_dbdata_movie_information() for every movie. @param indent [in] ignored. */
+/** Calls show_dbdata_movie_information() for every movie.
+ *  @param list   [in] may be NULL.
+ *  @param indent [in] ignored. */
 TAVISYS_API void show_dbdata_movie_information_list(const DBDATA_MOVIE_INFORMATION_LIST_T *list,
                                                     INT32_T indent);
 

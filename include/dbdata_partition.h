@@ -110,7 +110,9 @@ TAVISYS_API void release_dbdata_partition_information_list(DBDATA_PARTITION_INFO
 TAVISYS_API INT32_T
 dbdata_get_movies_from_dbdata_partition_information_list(const DBDATA_PARTITION_INFORMATION_LIST_T *list);
 
-/** Print the list to standard output. @param indent [in] nesting level, see show_indent(). */
+/** Print the list to standard output.
+ *  @param list   [in] may be NULL.
+ *  @param indent [in] nesting level, see show_indent(). */
 TAVISYS_API void show_dbdata_partition_information_list(const DBDATA_PARTITION_INFORMATION_LIST_T *list,
                                                         INT32_T indent);
 

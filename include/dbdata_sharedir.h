@@ -80,7 +80,9 @@ TAVISYS_API void release_dbdata_sharedir_information_list(DBDATA_SHAREDIR_INFORM
 TAVISYS_API INT32_T
 dbdata_get_number_from_dbdata_sharedir_information_list(const DBDATA_SHAREDIR_INFORMATION_LIST_T *list);
 
-/** Print the list to standard output. @param indent [in] nesting level, see show_indent(). */
+/** Print the list to standard output.
+ *  @param list   [in] may be NULL.
+ *  @param indent [in] nesting level, see show_indent(). */
 TAVISYS_API void show_dbdata_sharedir_information_list(const DBDATA_SHAREDIR_INFORMATION_LIST_T *list,
                                                        INT32_T indent);
 

@@ -31,6 +31,7 @@ TAVISYS_API INT32_T calc_codec_int_data_length(void);
 TAVISYS_API INT32_T calc_codec_ptr_data_length(const INT8_T *string);
 
 /** Write an integer.
+ *  @param value  [in]  the integer.
  *  @param buffer [out] destination.
  *  @param left   [in]  bytes left in the destination.
  *  @return bytes written (4), or -1: NULL destination, fewer than 4 bytes left. */

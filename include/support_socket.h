@@ -43,6 +43,7 @@ TAVISYS_API RTSTATUS close_tcp_socket(INT32_T sock);
 TAVISYS_API INT32_T send_data_to_tcp_socket(INT32_T sock, const void *data, INT32_T length);
 
 /** Receive until the wanted length has come, the stream ends or the time is up.
+ *  @param sock    [in]  socket.
  *  @param buffer  [out] receives the bytes.
  *  @param length  [in]  bytes wanted, at least 1.
  *  @param timeout [in]  seconds to wait for progress; the whole may take that and a second for every
@@ -53,6 +54,7 @@ TAVISYS_API INT32_T receive_data_from_tcp_socket(INT32_T sock, PVOID buffer, INT
 
 /** Receive a text of a known length into fresh memory, which grows with what arrives, never with what a
  *  peer claims.
+ *  @param sock    [in]  socket.
  *  @param text    [out] receives `length` + 1 bytes, which the caller frees with safe_free(): what came,
  *                       then zeros. Untouched on failure.
  *  @param length  [in]  bytes wanted, at least 1.

@@ -10,6 +10,7 @@ extern "C" {
 #endif
 
 /** Send a head and its body in one go. The peer must take data as send_data_to_tcp_socket() says.
+ *  @param sock    [in] socket.
  *  @param head    [in] the head; its three fields travel little-endian.
  *  @param headlen [in] sizeof(TRLV_MESSAGE_HEAD), 12.
  *  @param body    [in] the body; may be NULL when length is 0.
@@ -22,6 +23,7 @@ TAVISYS_API INT32_T send_trlv_data_to_tcp_communication_channel(INT32_T sock, co
                                                                 INT32_T length);
 
 /** Receive a head and its body.
+ *  @param sock    [in]  socket.
  *  @param head    [out] receives the head once it has arrived whole, also when the body fails then.
  *  @param headlen [in]  sizeof(TRLV_MESSAGE_HEAD), 12.
  *  @param body    [out] receives a fresh body of the head's `length` bytes, which the caller frees with

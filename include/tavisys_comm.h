@@ -40,6 +40,7 @@ TAVISYS_API INT32_T monitor_tavisys_msg_channel(INT32_T sock);
 TAVISYS_API RTSTATUS close_tavisys_msg_channel(INT32_T sock);
 
 /** Send one message.
+ *  @param sock    [in] connected socket.
  *  @param head    [in] the head; `length` says how many bytes of body follow.
  *  @param headlen [in] sizeof(TRLV_MESSAGE_HEAD).
  *  @param body    [in] the body; may be NULL when the head's length is 0.
@@ -56,6 +57,7 @@ TAVISYS_API INT32_T receive_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MES
 
 /** Client side, one round trip: send a request, receive its reply. The socket stays open; one exchange
  *  is all that it serves.
+ *  @param sock     [in]  connected socket.
  *  @param type     [in]  message type.
  *  @param body     [in]  request body; NULL when length is 0.
  *  @param length   [in]  bytes in the request body.
@@ -93,6 +95,7 @@ TAVISYS_API INT32_T deal_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MESSAG
 TAVISYS_API RTSTATUS parse_header_file(const INT8_T *msghead, TP_MESSAGE_HEAD *head);
 
 /** Send one message with a head of text.
+ *  @param sock    [in] connected socket.
  *  @param head    [in] the head; its first 19 characters are sent, whatever the numbers are.
  *  @param headlen [in] ignored.
  *  @param body    [in] the head's `length` bytes; NULL sends the head alone.
@@ -105,6 +108,7 @@ TAVISYS_API INT32_T send_data_to_net_communication_channel(INT32_T sock, const T
 /** One round trip on the text-headed channel: send a request, receive its reply, whose head has to come
  *  within 1 second. The socket stays open. Failures are logged at WARN, those of memory as "创建失败!", but
  *  not a head or a body of which nothing comes in time; what was received at INFO.
+ *  @param sock    [in]  connected socket.
  *  @param type    [in]  message type.
  *  @param sndmsg  [in]  request body; NULL sends the head alone, whatever `sndlen` is.
  *  @param sndlen  [in]  bytes in the request body.

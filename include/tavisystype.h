@@ -20,6 +20,7 @@
 #ifndef TAVISYS_TAVISYSTYPE_H
 #define TAVISYS_TAVISYSTYPE_H
 
+/** Marks what the shared library exports. Programs that link the static one define TAVISYS_STATIC. */
 #if defined(TAVISYS_STATIC)
 #define TAVISYS_API
 #else
