@@ -559,24 +559,31 @@ local function add_rest(at, tree, is_whole)
     end
 end
 
----- What is known of a connection: who asks, which requests wait for a reply, and where its bytes are lost.
+---- What is known of a connection. It is known by its two ends: the number that Wireshark gives it can't be had in
+-- every pass. So what a pass adds has to be the same in every other.
 
-local stream_field = Field.new("tcp.stream")
-local fin_field = Field.new("tcp.flags.fin")
-local reset_field = Field.new("tcp.flags.reset")
+local SETTLING_TIME = 2 -- seconds in which a request has to arrive: what comes later from the same ends is another one
 local connections = {}
 
-local function connection_of()
-    local number = stream_field()
-    local key = number and number.value or -1
+local function end_of(address, port)
+    return tostring(address) .. ":" .. port
+end
+
+local function key_of_connection(pinfo)
+    local one, other = end_of(pinfo.src, pinfo.src_port), end_of(pinfo.dst, pinfo.dst_port)
+    return one < other and one .. " " .. other or other .. " " .. one
+end
+
+local function connection_of(pinfo)
+    local key = key_of_connection(pinfo)
     connections[key] = connections[key] or { requests = {}, replies = 0, of_message = {}, sides = {} }
     return connections[key]
 end
 
--- One of the two ends: where its bytes can't be told apart any more, and whether a message of it is incomplete.
+-- One of the two ends: since and until when it had sent an incomplete message, and where its bytes are out of step.
 local function side_of(connection, pinfo)
-    local key = tostring(pinfo.src) .. ":" .. pinfo.src_port
-    connection.sides[key] = connection.sides[key] or {}
+    local key = end_of(pinfo.src, pinfo.src_port)
+    connection.sides[key] = connection.sides[key] or { waits = {}, lost_in = {} }
     return connection.sides[key]
 end
 
@@ -590,19 +597,65 @@ local function is_request(connection, pinfo)
     return connection.asker == side
 end
 
--- What was noted of a message when it was seen first: replies belong to the requests in their order.
+local function start_waiting(side, pinfo)
+    if not pinfo.visited then
+        side.waits[#side.waits + 1] = { from = pinfo.number }
+    end
+end
+
+local function stop_waiting(side, pinfo)
+    local last = side.waits[#side.waits]
+    if last ~= nil and last.to == nil and not pinfo.visited then
+        last.to = pinfo.number
+    end
+end
+
+local function is_waiting(side, frame)
+    for _, wait in ipairs(side.waits) do
+        if wait.from <= frame and (wait.to == nil or wait.to > frame) then
+            return true
+        end
+    end
+    return false
+end
+
+local function lose(side, pinfo)
+    if not pinfo.visited then
+        side.lost_at = pinfo.rel_ts
+    end
+end
+
+local function is_lost(side, pinfo, place)
+    local key = pinfo.number .. ":" .. place
+    if not pinfo.visited and side.lost_at ~= nil and pinfo.rel_ts - side.lost_at < SETTLING_TIME then
+        side.lost_in[key] = true
+    end
+    return side.lost_in[key]
+end
+
+-- Replies belong to the requests in their order. A request behind a reply begins anew: the port has come back.
+local function pair(connection, message, history)
+    if message.is_request then
+        local requests = connection.requests
+        local last = requests[#requests]
+        if connection.replies > 0 or last == nil or history.time - last.time > SETTLING_TIME then
+            connection.requests, connection.replies = { history }, 0
+        else
+            requests[#requests + 1] = history
+        end
+        history.number = #connection.requests
+    else
+        connection.replies = connection.replies + 1
+        history.request = connection.requests[connection.replies]
+    end
+end
+
+-- What was noted of a message when it was seen first.
 local function history_of(connection, pinfo, place, message)
     local key = pinfo.number .. ":" .. place
     if connection.of_message[key] == nil then
-        local history = { type = message.type, frame = pinfo.number, time = pinfo.rel_ts }
-        if message.is_request then
-            connection.requests[#connection.requests + 1] = history
-            history.number = #connection.requests
-        else
-            connection.replies = connection.replies + 1
-            history.request = connection.requests[connection.replies]
-        end
-        connection.of_message[key] = history
+        connection.of_message[key] = { type = message.type, frame = pinfo.number, time = pinfo.rel_ts }
+        pair(connection, message, connection.of_message[key])
     end
     return connection.of_message[key]
 end
@@ -758,21 +811,21 @@ local function add_lost_bytes(channel, tvb, offset, root)
 end
 
 local function dissect(channel, tvb, pinfo, root)
-    local connection = connection_of()
+    local connection = connection_of(pinfo)
     local side = side_of(connection, pinfo)
     local is_asking = is_request(connection, pinfo)
     local can_wait = pinfo.can_desegment > 0 and tvb:len() == tvb:reported_len()
     local offset = 0
-    side.is_waiting = false
+    stop_waiting(side, pinfo)
     while offset < tvb:len() do
-        if side.lost_in ~= nil and (side.lost_in < pinfo.number or offset > 0) then
+        if is_lost(side, pinfo, tvb:offset() + offset) then
             add_lost_bytes(channel, tvb, offset, root)
             return tvb:len()
         end
         local head = tvb:len() - offset >= channel.head_length and channel.read_head(tvb, offset) or nil
         local missing = missing_bytes(channel, tvb, offset, head, is_asking)
         if missing > 0 and can_wait then
-            side.is_waiting = true
+            start_waiting(side, pinfo)
             pinfo.desegment_offset = offset
             pinfo.desegment_len = missing
             return tvb:len()
@@ -780,12 +833,12 @@ local function dissect(channel, tvb, pinfo, root)
         if head == nil then
             local item = root:add(channel.proto, tvb(offset), "Movie cabinet, no head")
             note(item, MARK.bad_head, "there should be a head of %d bytes", channel.head_length)
-            side.lost_in = side.lost_in or pinfo.number
+            lose(side, pinfo)
             return tvb:len()
         end
         local stop = add_message(channel, tvb, offset, pinfo, root, head, is_asking, connection)
         if stop == nil then
-            side.lost_in = side.lost_in or pinfo.number
+            lose(side, pinfo)
         end
         offset = stop or offset + channel.head_length
     end
@@ -822,17 +875,17 @@ DissectorTable.get("tcp.port"):add_for_decode_as(tavisys_text)
 
 local tavisys_end = Proto("tavisys_end", "Movie cabinet message that was cut short")
 
+local fin_field = Field.new("tcp.flags.fin")
+local reset_field = Field.new("tcp.flags.reset")
+
 function tavisys_end.dissector(tvb, pinfo, root)
-    local number, fin, reset = stream_field(), fin_field(), reset_field()
-    local connection = number and connections[number.value]
-    if connection == nil or not (fin.value or reset.value) then
+    local fin, reset = fin_field(), reset_field()
+    local connection = connections[key_of_connection(pinfo)]
+    if connection == nil or fin == nil or not (fin.value or reset.value) then
         return
     end
     for _, side in pairs(connection.sides) do
-        local is_over = reset.value or side == side_of(connection, pinfo)
-        if is_over and (side.is_waiting and not pinfo.visited or side.cut_short_in == pinfo.number) then
-            side.is_waiting = false
-            side.cut_short_in = pinfo.number
+        if (reset.value or side == side_of(connection, pinfo)) and is_waiting(side, pinfo.number) then
             local item = root:add(tavisys_end, tvb(0, 0), "Movie cabinet, message cut short")
             note(item, MARK.cut_short, "the connection ends within a message")
         end
