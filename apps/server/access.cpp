@@ -63,7 +63,7 @@ void REFUSALS_T::count(in_addr address) {
         return;
     char text[INET_ADDRSTRLEN] = "";
     inet_ntop(AF_INET, &address, text, sizeof text);
-    SERVER_WARN("拒绝了%zu个连接, 最近一个来自%s", refused_, text);
+    SERVER_WARN("拒绝了%zu个连接, 最近一个来自%s: 如应允许, 请把它的地址段加入 --allow", refused_, text);
     told_at_ = now;
     refused_ = 0;
 }

@@ -14,6 +14,7 @@
 
 #include "log.h"
 #include "support_codec.h"
+#include "system_error_text.h"
 #include "tavisys_comm.h"
 
 namespace server {
@@ -148,7 +149,7 @@ void INTAKE_T::accept_connections(size_t most) {
             continue;
         }
         if (errno != EAGAIN && errno != EWOULDBLOCK && !make_room()) {
-            SERVER_WARN("暂时无法接受连接: %s", strerrordesc_np(errno));
+            SERVER_WARN("暂时无法接受连接: %s", system_error_text(errno));
             pause_accepting();
         }
         return;

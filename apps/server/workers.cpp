@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "log.h"
+#include "system_error_text.h"
 
 namespace server {
 
@@ -39,7 +40,7 @@ bool WORKERS_T::start_thread() {
     try {
         std::thread([this] { run(); }).detach();
     } catch (const std::system_error &error) {
-        SERVER_WARN("无法启动更多线程(现有%zu个): %s", threads_, error.what());
+        SERVER_WARN("无法启动更多线程(现有%zu个): %s", threads_, system_error_text(error.code().value()));
         return false;
     }
     threads_++;
