@@ -4,7 +4,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-scripts/packages.sh g++ cmake ninja-build pkgconf libxml2-dev libmount-dev libudev-dev libcli11-dev libtomlplusplus-dev nlohmann-json3-dev
+scripts/packages.sh g++ cmake ninja-build pkgconf libxml2-dev libmount-dev libudev-dev libsystemd-dev libcli11-dev libtomlplusplus-dev nlohmann-json3-dev
 echo "building ..."
 log=$(mktemp)
 copy=build/demo/fetched

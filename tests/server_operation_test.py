@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
-"""tavisys-server as whoever looks after it meets it: its configuration and its check.
+"""tavisys-server as whoever looks after it meets it: its configuration, its check, and what it tells systemd.
 
 usage: server_operation_test.py SERVER SOURCE_DIRECTORY"""
+import os
 import pathlib
 import re
 import shutil
+import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -25,6 +28,18 @@ class Operation(unittest.TestCase):
         scratch = tempfile.TemporaryDirectory()
         self.addCleanup(scratch.cleanup)
         self.folder = pathlib.Path(scratch.name)
+
+    def start(self, *arguments, **environment):
+        words = [SERVER, "--config", "/dev/null", "--log-level", "WARN", *map(str, arguments)]
+        server = subprocess.Popen(words, env={**os.environ, **environment}, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(server.stderr.close)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.terminate)
+        return server
+
+    def end(self, server):
+        server.terminate()
+        self.assertEqual(0, server.wait(timeout=20))
 
     def written(self, text):
         file = self.folder / "server.toml"
@@ -84,6 +99,33 @@ class Operation(unittest.TestCase):
             self.assertIn(said, done.stdout)
         done = run("--config", "/dev/null", "--library", SAMPLES, "--check", "--metrics", self.folder / "no/file")
         self.assertIn("指标文件将无法写入: ", done.stdout)
+
+    def test_systemd_is_told_when_it_is_ready_reloads_lives_and_stops(self):
+        manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.addCleanup(manager.close)
+        manager.settimeout(20)
+        manager.bind(str(self.folder / "notify"))
+        server = self.start("--library", SAMPLES, NOTIFY_SOCKET=str(self.folder / "notify"), WATCHDOG_USEC="100000")
+        said = []
+
+        def until(wanted):
+            while wanted not in said[-1:]:
+                said.extend(manager.recv(4096).decode().split("\n"))
+
+        until("STATUS=提供影片28部, 未收入2部")
+        self.assertEqual("STATUS=查找影片文档", next(line for line in said if line != "WATCHDOG=1"))
+        self.assertEqual("READY=1", said[-2])
+        until("WATCHDOG=1")  # it waits for nobody now: the next one is due to the clock
+        server.send_signal(signal.SIGHUP)
+        until("STATUS=重新查找影片文档")
+        self.assertEqual("RELOADING=1", said[-3])
+        self.assertRegex(said[-2], r"^MONOTONIC_USEC=\d+$")
+        until("STATUS=提供影片28部, 未收入2部")
+        self.assertEqual("READY=1", said[-2])
+        server.terminate()
+        until("STATUS=正在结束")
+        self.assertEqual("STOPPING=1", said[-2])
+        self.assertEqual(0, server.wait(timeout=20))
 
 
 unittest.main(argv=sys.argv[:1], verbosity=2)

@@ -60,8 +60,8 @@ sigset_t watched_signals() {
 
 } // namespace
 
-INTAKE_T::INTAKE_T(int listener, ACCESS_T access, WORKERS_T *workers, std::function<void()> reload)
-    : listener_(listener), access_(std::move(access)), workers_(workers), reload_(std::move(reload)) {}
+INTAKE_T::INTAKE_T(int listener, ACCESS_T access, WORKERS_T *workers, INTAKE_CALLS_T calls)
+    : listener_(listener), access_(std::move(access)), workers_(workers), calls_(std::move(calls)) {}
 
 INTAKE_T::~INTAKE_T() {
     for (const PENDING_T &pending : pending_)
@@ -89,11 +89,25 @@ bool INTAKE_T::open() {
     return events_ >= 0 && signals_ >= 0 && watch(listener_, false) && watch(signals_, false);
 }
 
+// Returns the milliseconds until the next tick, -1 for never.
+int INTAKE_T::tick_if_due() {
+    if (calls_.tick_period == 0ms)
+        return -1;
+    const auto now = CLOCK_T::now();
+    if (now >= next_tick_) {
+        calls_.tick();
+        next_tick_ = now + calls_.tick_period;
+    }
+    return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(next_tick_ - now).count());
+}
+
 void INTAKE_T::run() {
     while (!stop_) {
+        const int until_tick = tick_if_due();
         const bool looked_after = !pending_.empty() || workers_->busy() || paused_;
-        wait_and_handle(looked_after ? TICK_MS : -1);
+        wait_and_handle(looked_after ? TICK_MS : until_tick);
     }
+    calls_.stopping();
     finish();
 }
 
@@ -119,7 +133,7 @@ void INTAKE_T::read_signals() {
     signalfd_siginfo info{};
     while (read(signals_, &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
         if (info.ssi_signo == SIGHUP)
-            reload_();
+            calls_.reload();
         else
             stop_ = true;
     }

@@ -15,6 +15,7 @@
 #include "identity.h"
 #include "intake.h"
 #include "log.h"
+#include "notify.h"
 #include "options.h"
 #include "replies.h"
 #include "scanner.h"
@@ -86,11 +87,20 @@ int serve(const OPTIONS_T &options) {
     server::STORE_T store;
     const server::IDENTITY_T identity{TAVISYS_VERSION, options.name, server::machine_uuid()};
     server::answer_from(&store, &identity);
-    server::SCANNER_T scanner(options.library, identity.uuid, server::processors(), &store);
+    server::NOTIFIER_T notifier;
+    server::SCAN_EVENTS_T events;
+    events.begun = [&] { notifier.scan_begun(); };
+    events.progress = [&](const auto &status) { notifier.scan_progress(status); };
+    events.ended = [&](const server::SCAN_END_T &end) { notifier.scan_ended(store.status(), end.whole); };
+    server::SCANNER_T scanner(options.library, identity.uuid, server::processors(), &store, events);
     server::WORKERS_T workers(options.threads, server::handle_request);
     server::ACCESS_T access;
     access.read(options.allowed);
-    server::INTAKE_T intake(listener, std::move(access), &workers, [&scanner] { scanner.rescan(); });
+    server::INTAKE_T intake(listener, std::move(access), &workers,
+                            {.reload = [&] { scanner.rescan(); },
+                             .stopping = server::NOTIFIER_T::stopping,
+                             .tick = server::NOTIFIER_T::alive,
+                             .tick_period = server::NOTIFIER_T::alive_every()});
     if (!intake.open() || !workers.start())
         return fail(std::string("无法启动: ") + server::system_error_text(errno));
 
