@@ -1,13 +1,16 @@
 #!/usr/bin/env python3
-"""tavisys-server as whoever looks after it meets it: its configuration, its check, and what it tells systemd.
+"""tavisys-server as whoever looks after it meets it: its configuration, its check, what it tells systemd, and
+its metrics.
 
 usage: server_operation_test.py SERVER SOURCE_DIRECTORY"""
+import ctypes
 import os
 import pathlib
 import re
 import shutil
 import signal
 import socket
+import struct
 import subprocess
 import sys
 import tempfile
@@ -23,6 +26,48 @@ def run(*arguments):
     return subprocess.run(words, capture_output=True, text=True, timeout=60, check=False)
 
 
+def exchange(kind, body=b"", source="127.0.0.1"):
+    """All that the server sends."""
+    with socket.create_connection(("127.0.0.1", 40001), 20, (source, 0)) as peer:
+        try:
+            peer.sendall(struct.pack("<iii", kind, 0, len(body)) + body)
+            return b"".join(iter(lambda: peer.recv(65536), b""))
+        except ConnectionResetError:
+            return b""
+
+
+NAME = "[a-zA-Z_:][a-zA-Z0-9_:]*"
+LABEL = r'([a-zA-Z_]\w*)="((?:[^"\\\n]|\\["\\n])*)"'
+
+
+def parse_metrics(text):
+    """{sample with its labels: value} of a text that keeps to all rules of the format."""
+    assert text.endswith("\n")
+    samples, kinds, family, buckets = {}, {}, None, {}
+    for line in text[:-1].split("\n"):
+        if start := re.fullmatch(f"# HELP ({NAME}) .+", line):
+            family = start[1]
+            assert family not in kinds, line
+            kinds[family] = None
+        elif kind := re.fullmatch(f"# TYPE ({NAME}) (counter|gauge|histogram|summary)", line):
+            assert kind[1] == family and kinds[family] is None, line
+            kinds[family] = kind[2]
+        else:
+            name, _, labels, value = re.fullmatch(rf"({NAME})({{({LABEL}(?:,{LABEL})*)}})? ([0-9.]+)", line).group(1, 2, 3, 8)
+            ending = {"histogram": "(_bucket|_sum|_count)", "summary": "(_sum|_count)"}.get(kinds[family], "")
+            assert re.fullmatch(family + ending, name) and (kinds[family] != "counter" or name.endswith("_total")), line
+            key = f"{name}{{{labels or ''}}}"
+            assert key not in samples, line
+            samples[key] = float(value)
+            if name.endswith("_bucket"):
+                rest, limit = re.fullmatch('(.*),le="(.*)"', labels).groups()
+                buckets.setdefault((family, rest), []).append((float(limit), float(value)))
+    for (family, rest), counts in buckets.items():
+        assert counts == sorted(counts) and [count for _, count in counts] == sorted(count for _, count in counts)
+        assert counts[-1] == (float("inf"), samples[f"{family}_count{{{rest}}}"]) and f"{family}_sum{{{rest}}}" in samples
+    return samples
+
+
 class Operation(unittest.TestCase):
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
@@ -30,7 +75,7 @@ class Operation(unittest.TestCase):
         self.folder = pathlib.Path(scratch.name)
 
     def start(self, *arguments, **environment):
-        words = [SERVER, "--config", "/dev/null", "--log-level", "WARN", *map(str, arguments)]
+        words = [SERVER, "--config", "/dev/null", "--log-level", "NOTICE", *map(str, arguments)]
         server = subprocess.Popen(words, env={**os.environ, **environment}, stderr=subprocess.PIPE, text=True)
         self.addCleanup(server.stderr.close)
         self.addCleanup(server.wait)
@@ -99,6 +144,44 @@ class Operation(unittest.TestCase):
             self.assertIn(said, done.stdout)
         done = run("--config", "/dev/null", "--library", SAMPLES, "--check", "--metrics", self.folder / "no/file")
         self.assertIn("指标文件将无法写入: ", done.stdout)
+
+    def test_metrics_are_written_whole_again_and_again_and_at_the_end(self):
+        libc = ctypes.CDLL(None)
+        watch = libc.inotify_init1(os.O_CLOEXEC)
+        self.addCleanup(os.close, watch)
+        libc.inotify_add_watch(watch, str(self.folder).encode(), 0x80)  # IN_MOVED_TO: a rename has ended here
+        file = self.folder / "metrics.prom"
+        server = self.start("--library", SAMPLES, "--metrics", file, "--allow", "127.0.0.1")
+        scans = 0
+        while scans < 1:
+            self.assertIn(b"metrics.prom\0", os.read(watch, 4096))
+            scans = parse_metrics(file.read_text())["tavisys_scan_duration_seconds_count{}"]
+        sent = sum(len(exchange(*request)) for request in ((1000,), (1000,), (1006, b"x"), (999,), (-1,)))
+        self.assertEqual(b"", exchange(1000, source="127.0.0.2"))
+        with socket.create_connection(("127.0.0.1", 40001)) as peer:
+            peer.sendall(b"half")
+        while parse_metrics(file.read_text())["tavisys_dropped_connections_total{}"] < 1:
+            os.read(watch, 4096)  # the next one is due in some seconds
+        self.end(server)
+        metrics = parse_metrics(file.read_text())
+        for name, value in {
+            'requests_total{type="1000",result="ok"}': 2, 'requests_total{type="1006",result="bad_request"}': 1,
+            'requests_total{type="other",result="unknown_type"}': 2, 'requests_total{type="1006",result="ok"}': 0,
+            'request_duration_seconds_count{type="1000"}': 2, 'movies{category="电影"}': 16, "documents_left_out{}": 2,
+            "connections_total{}": 7, "refused_peers_total{}": 1, "dropped_connections_total{}": 1,
+            "connections_held{}": 0, "broken_exchanges_total{}": 0, "sent_bytes_total{}": sent,
+        }.items():
+            self.assertEqual(value, metrics["tavisys_" + name], name)
+        self.assertEqual(0o644, file.stat().st_mode & 0o777)
+        self.assertEqual([file], list(self.folder.iterdir()))
+
+    def test_metrics_that_cannot_be_written_are_told_of_once(self):
+        server = self.start("--library", SAMPLES, "--metrics", self.folder / "none/metrics.prom")
+        log = ""
+        while "扫描完成" not in log:
+            log += server.stderr.readline()
+        server.terminate()  # there is a write at the start, one after the scan and one at the end
+        self.assertEqual(1, (log + server.stderr.read()).count("无法写指标文件"))
 
     def test_systemd_is_told_when_it_is_ready_reloads_lives_and_stops(self):
         manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "log.h"
+#include "metrics.h"
 
 namespace server {
 
@@ -58,6 +59,7 @@ bool ACCESS_T::allows(in_addr address) const {
 
 void REFUSALS_T::count(in_addr address) {
     refused_++;
+    metrics.refused.add();
     const auto now = CLOCK_T::now();
     if (now - told_at_ < TELL_EVERY)
         return;

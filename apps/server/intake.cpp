@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "log.h"
+#include "metrics.h"
 #include "support_codec.h"
 #include "system_error_text.h"
 #include "tavisys_comm.h"
@@ -125,6 +126,7 @@ void INTAKE_T::wait_and_handle(int timeout_ms) {
     }
     const auto now = CLOCK_T::now();
     drop_expired(now);
+    metrics.pending.set(pending_.size());
     resume_accepting(now);
     workers_->relieve();
 }
@@ -145,7 +147,7 @@ bool INTAKE_T::make_room() {
         return false;
     const int oldest = pending_.front().sock;
     forget(oldest);
-    close_tavisys_msg_channel(oldest);
+    drop(oldest);
     return true;
 }
 
@@ -158,6 +160,7 @@ void INTAKE_T::accept_connections(size_t most) {
         }
         const int sock = monitor_tavisys_msg_channel(listener_);
         if (sock >= 0) {
+            metrics.accepted.add();
             if (may_ask(sock))
                 admit(sock);
             continue;
@@ -207,7 +210,7 @@ void INTAKE_T::admit(int sock) {
     // Watched by its edge: each wake brings new bytes. What came before the watch began is seen by the
     // look right after it.
     if (arrival == ARRIVAL_T::BROKEN || !watch(sock, true)) {
-        close_tavisys_msg_channel(sock);
+        drop(sock);
         return;
     }
     pending_.push_back({sock, CLOCK_T::now() + REQUEST_TIME});
@@ -224,7 +227,7 @@ void INTAKE_T::look_at(int sock, bool ended) {
     if (arrival == ARRIVAL_T::WHOLE)
         workers_->answer(sock);
     else
-        close_tavisys_msg_channel(sock);
+        drop(sock);
 }
 
 INTAKE_T::ARRIVAL_T INTAKE_T::arrival_of(int sock) {
@@ -252,6 +255,12 @@ INTAKE_T::ARRIVAL_T INTAKE_T::arrival_of(int sock) {
         return ARRIVAL_T::BROKEN;
     return available - HEAD_LENGTH >= std::min(length, ENOUGH_OF_REQUEST) ? ARRIVAL_T::WHOLE
                                                                           : ARRIVAL_T::PARTIAL;
+}
+
+// Closes a connection that has brought no request.
+void INTAKE_T::drop(int sock) {
+    metrics.dropped.add();
+    close_tavisys_msg_channel(sock);
 }
 
 void INTAKE_T::forget(int sock) {

@@ -55,6 +55,7 @@ private:
     void admit(int sock);
     void look_at(int sock, bool ended);
     static ARRIVAL_T arrival_of(int sock);
+    static void drop(int sock);
     void forget(int sock);
     void drop_expired(CLOCK_T::time_point now);
     void read_signals();

@@ -15,6 +15,8 @@
 #include "identity.h"
 #include "intake.h"
 #include "log.h"
+#include "metrics.h"
+#include "metrics_file.h"
 #include "notify.h"
 #include "options.h"
 #include "replies.h"
@@ -87,13 +89,22 @@ int serve(const OPTIONS_T &options) {
     server::STORE_T store;
     const server::IDENTITY_T identity{TAVISYS_VERSION, options.name, server::machine_uuid()};
     server::answer_from(&store, &identity);
+    server::WORKERS_T workers(options.threads, server::handle_and_count);
+    server::METRICS_FILE_T metrics_file(options.metrics, [&] {
+        return server::metrics.text(*store.snapshot(),
+                                    server::metrics.pending.value() + workers.connections());
+    });
     server::NOTIFIER_T notifier;
     server::SCAN_EVENTS_T events;
     events.begun = [&] { notifier.scan_begun(); };
     events.progress = [&](const auto &status) { notifier.scan_progress(status); };
-    events.ended = [&](const server::SCAN_END_T &end) { notifier.scan_ended(store.status(), end.whole); };
+    events.ended = [&](const server::SCAN_END_T &end) {
+        const auto status = store.status();
+        notifier.scan_ended(status, end.whole);
+        server::metrics.count_scan(status, end);
+        metrics_file.write_soon();
+    };
     server::SCANNER_T scanner(options.library, identity.uuid, server::processors(), &store, events);
-    server::WORKERS_T workers(options.threads, server::handle_request);
     server::ACCESS_T access;
     access.read(options.allowed);
     server::INTAKE_T intake(listener, std::move(access), &workers,
@@ -107,8 +118,10 @@ int serve(const OPTIONS_T &options) {
     SERVER_NOTICE("tavisys-server %s 开始服务: 端口%d, 影片库%s, 线程%u个", TAVISYS_VERSION,
                   TAVISYS_MSG_CHANNEL_PORT, options.library.c_str(), options.threads);
     scanner.start();
+    metrics_file.start();
     intake.run();
     scanner.stop();
+    metrics_file.stop();
     SERVER_NOTICE("服务结束");
     return server::EXIT_SERVED;
 }

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "log.h"
+#include "metrics.h"
 #include "system_error_text.h"
 
 namespace server {
@@ -78,7 +79,11 @@ void WORKERS_T::run() {
     int sock = -1;
     std::list<HELD_T>::iterator held;
     while (take(&sock, &held)) {
-        deal_data_from_tavisys_msg_channel(sock, handler_);
+        const INT32_T sent = deal_data_from_tavisys_msg_channel(sock, handler_);
+        if (sent < 0)
+            metrics.broken.add();
+        else
+            metrics.sent_bytes.add(static_cast<uint64_t>(sent));
         {
             // Before the close: its number may be another connection's the moment it is closed.
             const std::lock_guard lock(mutex_);
