@@ -132,7 +132,7 @@ class Operation(unittest.TestCase):
             self.assertRegex(done.stdout, rf"(?m)^{line}$")
         library = self.folder / "library"
         steps = (
-            (1, "影片库中没有文档", library.mkdir),
+            (1, "/: 其中没有影片文档", library.mkdir),
             (0, "可提供影片12部, 未收入0个", lambda: shutil.copytree(SAMPLES / "sda/sda1", library / "sda/sda1")),
             (1, "/x: 目录层次过深", lambda: (library / "sda/sda1" / "/".join("x" * 70)).mkdir(parents=True)),
             (2, "", lambda: shutil.rmtree(library)),

@@ -112,8 +112,9 @@ const char *trouble_with_metrics(const std::string &file) {
     if (std::filesystem::is_directory(file, ignored))
         return system_error_text(EISDIR);
     const std::string folder = std::filesystem::path(file).parent_path();
-    return access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0 ? nullptr
-                                                                           : system_error_text(errno);
+    return access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0
+               ? nullptr
+               : system_error_text(errno, WANTED_T::WRITE_FILE);
 }
 
 } // namespace
@@ -129,8 +130,6 @@ int check(const OPTIONS_T &options) try {
     for (const LEFT_OUT_T &what : result.left_out)
         printf("未收入 %s/%s: %s\n", options.library.c_str(), what.path.c_str(), what.reason.c_str());
     const auto status = store.status();
-    if (status.total_movies == 0)
-        printf("影片库中没有文档: 应为 硬盘/分区/.../metadata.xml, 请检查路径, 或磁盘是否已挂载\n");
     if (trouble != nullptr)
         printf("指标文件将无法写入: %s\n", trouble);
     printf("文档%d个: 可提供影片%d部, 未收入%d个; 无法读取的目录%zu个\n", status.total_movies,
@@ -141,8 +140,7 @@ int check(const OPTIONS_T &options) try {
         fprintf(stderr, "tavisys-server: 检查结果无法写出: %s\n", system_error_text(errno));
     if (!result.end.whole || ferror(stdout) != 0)
         return EXIT_CANNOT_SERVE;
-    const bool all = result.left_out.empty() && status.total_movies > 0 && trouble == nullptr;
-    return all ? EXIT_SERVED : EXIT_SHORTCOMINGS;
+    return result.left_out.empty() && trouble == nullptr ? EXIT_SERVED : EXIT_SHORTCOMINGS;
 } catch (const std::exception &error) {
     fprintf(stderr, "tavisys-server: 检查未完成: %s\n", error.what());
     return EXIT_CANNOT_SERVE;

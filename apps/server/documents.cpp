@@ -102,7 +102,7 @@ private:
             }
         }
         if (size < 0)
-            passed_over_.push_back({path, system_error_text(errno)});
+            passed_over_.push_back({path, system_error_text(errno, WANTED_T::READ_FOLDER)});
         std::sort(content->folders.begin(), content->folders.end());
         return size == 0;
     }
@@ -194,7 +194,7 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
 
 const char *DOCUMENT_READER_T::system_reason() {
     const int error = errno;
-    snprintf(reason_, sizeof reason_, "%s", system_error_text(error));
+    snprintf(reason_, sizeof reason_, "%s", system_error_text(error, WANTED_T::READ_FILE));
     return reason_;
 }
 

@@ -41,11 +41,13 @@ std::string resolve_library(std::string *library) {
     char *resolved = realpath(library->c_str(), nullptr);
     std::string wrong;
     if (resolved == nullptr || stat(resolved, &status) < 0)
-        wrong = "无法打开影片库目录 " + *library + ": " + server::system_error_text(errno);
+        wrong = "无法打开影片库目录 " + *library + ": " +
+                server::system_error_text(errno, server::WANTED_T::READ_FOLDER);
     else if (!S_ISDIR(status.st_mode))
         wrong = "影片库 " + *library + " 不是目录";
     else if (access(resolved, R_OK | X_OK) < 0)
-        wrong = "无法读取影片库目录 " + *library + ": " + server::system_error_text(errno);
+        wrong = "无法读取影片库目录 " + *library + ": " +
+                server::system_error_text(errno, server::WANTED_T::READ_FOLDER);
     else
         *library = resolved;
     free(resolved);

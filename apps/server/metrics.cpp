@@ -170,7 +170,8 @@ std::string METRICS_T::text(const CATALOGUE_T &catalogue, size_t held) const {
     text += head_of("tavisys_scan_duration_seconds", "summary", "Scans and the time that they took.");
     text += sample("tavisys_scan_duration_seconds_sum", "", seconds_of(scan_microseconds_.value()));
     text += sample("tavisys_scan_duration_seconds_count", "", std::to_string(scans_.value()));
-    text += single("tavisys_connections_total", "counter", "Connections accepted, the refused ones included.", accepted.value());
+    text += single("tavisys_connections_total", "counter", "Connections accepted, the refused ones included.",
+                   accepted.value());
     text += single("tavisys_refused_peers_total", "counter", "Connections refused for their address.",
                    refused.value());
     text += single("tavisys_dropped_connections_total", "counter",

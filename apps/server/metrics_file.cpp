@@ -84,7 +84,7 @@ void METRICS_FILE_T::write() {
     } catch (const std::bad_alloc &) { // there may be more the next time
     }
     if (error != 0 && !failed_)
-        SERVER_WARN("无法写指标文件 %s: %s", path_.c_str(), system_error_text(error));
+        SERVER_WARN("无法写指标文件 %s: %s", path_.c_str(), system_error_text(error, WANTED_T::WRITE_FILE));
     if (error == 0 && failed_)
         SERVER_NOTICE("指标文件 %s 又可以写入", path_.c_str());
     failed_ = error != 0;

@@ -186,7 +186,7 @@ bool list_of(const toml::node &node, std::string *text) {
 std::string read_file(const std::string &path, std::string *content) {
     FILE *file = fopen(path.c_str(), "re");
     if (file == nullptr)
-        return system_error_text(errno);
+        return system_error_text(errno, WANTED_T::READ_FILE);
     content->resize(LARGEST_CONFIG + 1);
     content->resize(fread(content->data(), 1, content->size(), file));
     const int error = ferror(file) != 0 ? errno : 0;

@@ -253,6 +253,8 @@ void SCANNER_T::scan() {
     folders_left_out_ = library.passed_over.size();
     for (const PASSED_OVER_T &folder : library.passed_over)
         leave_out("目录", folder.folder, folder.reason);
+    if (library.documents.empty() && !stop_)
+        leave_out("目录", "", "其中没有影片文档(硬盘/分区/.../metadata.xml), 请检查路径, 或磁盘是否已挂载");
     identify_devices(root_, machine_, &library.disks);
     store_->begin(SYSRUN_STATUS_PARSING, static_cast<INT32_T>(library.documents.size()));
 

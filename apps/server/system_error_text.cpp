@@ -5,11 +5,28 @@
 
 namespace server {
 
-const char *system_error_text(int error) {
+namespace {
+
+const char *missing_right(WANTED_T wanted) {
+    switch (wanted) {
+    case WANTED_T::READ_FILE:
+        return "没有读取权限, 运行本程序的用户需要文件的r和各级目录的x";
+    case WANTED_T::READ_FOLDER:
+        return "没有读取权限, 运行本程序的用户需要目录的r和x, 以及各级上级目录的x";
+    case WANTED_T::WRITE_FILE:
+        return "没有写入权限, 运行本程序的用户需要所在目录的w和x";
+    default:
+        return "没有权限";
+    }
+}
+
+} // namespace
+
+const char *system_error_text(int error, WANTED_T wanted) {
     switch (error) {
     case EACCES:
     case EPERM:
-        return "没有权限, 运行本程序的用户需要: 读文件要r, 进目录要x, 列目录要r, 写目录要w";
+        return missing_right(wanted);
     case ENOENT:
         return "不存在, 请检查路径, 或磁盘是否已挂载";
     case ENOTDIR:
