@@ -28,6 +28,15 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tavisys.pc DESTINATION ${CMAKE_INSTALL
 
 if(TAVISYS_BUILD_PROGRAMS)
   install(FILES packaging/tavisys-server.service DESTINATION lib/systemd/system COMPONENT server)
+  # Where it is read from when the tree is the system's own; any other tree keeps it within.
+  install(CODE "set(configuration \"${CMAKE_CURRENT_SOURCE_DIR}/packaging/tavisys-server.toml\")" COMPONENT server)
+  install(CODE [[
+    set(folder /etc/tavisys)
+    if(NOT CMAKE_INSTALL_PREFIX STREQUAL /usr)
+      string(PREPEND folder "${CMAKE_INSTALL_PREFIX}")
+    endif()
+    file(INSTALL ${configuration} DESTINATION ${folder})
+  ]] COMPONENT server)
 endif()
 
 # Manual pages, where there is Doxygen to make them of the headers.

@@ -4,7 +4,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-scripts/packages.sh g++ cmake ninja-build pkgconf libxml2-dev libmount-dev libudev-dev libcli11-dev nlohmann-json3-dev
+scripts/packages.sh programs
 echo "building ..."
 log=$(mktemp)
 copy=build/demo/fetched

@@ -14,7 +14,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "log.h"
+#include "system_error_text.h"
 
 namespace server {
 
@@ -69,6 +69,8 @@ public:
         return std::move(documents_);
     }
 
+    std::vector<PASSED_OVER_T> passed_over() { return std::move(passed_over_); }
+
 private:
     void look_into(const FOLDER_T &folder, size_t level) {
         CONTENT_T content;
@@ -77,7 +79,7 @@ private:
         if (content.has_document)
             documents_.push_back({path_, disk_length_, partition_length_});
         if (level == DEEPEST && !content.folders.empty()) {
-            SERVER_WARN("目录层次过深: %s", path_.c_str());
+            passed_over_.push_back({path_, "目录层次过深, 其下的目录不再查找"});
             return;
         }
         const size_t length = path_.size();
@@ -100,7 +102,7 @@ private:
             }
         }
         if (size < 0)
-            SERVER_WARN("无法读取 %s: %s", path, strerrordesc_np(errno));
+            passed_over_.push_back({path, system_error_text(errno, WANTED_T::READ_FOLDER)});
         std::sort(content->folders.begin(), content->folders.end());
         return size == 0;
     }
@@ -125,6 +127,7 @@ private:
     const FOLDER_T &root_;
     const std::atomic<bool> &stop_;
     std::vector<DOCUMENT_T> documents_;
+    std::vector<PASSED_OVER_T> passed_over_;
     std::string path_;
     size_t disk_length_ = 0;
     size_t partition_length_ = 0;
@@ -159,14 +162,18 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
         }
     }
 
+    library.passed_over = top->passed_over();
     std::vector<std::vector<DOCUMENT_T>> found(partitions.size());
+    std::vector<std::vector<PASSED_OVER_T>> passed_over(partitions.size());
     std::atomic<size_t> next = 0;
     std::atomic<bool> short_of_memory = false; // no exception may leave a thread
     share(std::min(threads, partitions.size()), [&] {
         try {
             const auto walk = std::make_unique<WALK_T>(root, stop);
-            for (size_t i = next++; i < partitions.size(); i = next++)
+            for (size_t i = next++; i < partitions.size(); i = next++) {
                 found[i] = walk->documents_in(partitions[i]);
+                passed_over[i] = walk->passed_over();
+            }
         } catch (const std::bad_alloc &) {
             short_of_memory = true;
         }
@@ -180,12 +187,14 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
             std::move(documents->begin(), documents->end(), std::back_inserter(library.documents));
             ++documents;
         }
+    for (std::vector<PASSED_OVER_T> &folders : passed_over)
+        std::move(folders.begin(), folders.end(), std::back_inserter(library.passed_over));
     return library;
 }
 
 const char *DOCUMENT_READER_T::system_reason() {
     const int error = errno;
-    snprintf(reason_, sizeof reason_, "%s", strerrordesc_np(error));
+    snprintf(reason_, sizeof reason_, "%s", system_error_text(error, WANTED_T::READ_FILE));
     return reason_;
 }
 

@@ -21,14 +21,21 @@ struct DOCUMENT_T {
     std::string partition() const { return folder.substr(disk_length + 1, partition_length); }
 };
 
+// A folder of the library that was passed over.
+struct PASSED_OVER_T {
+    std::string folder; // below the library folder, "." for itself
+    const char *reason; // a static text
+};
+
 struct LIBRARY_T {
     std::vector<DISK_T> disks;         // by name, partitions as well; totals are filled
     std::vector<DOCUMENT_T> documents; // by disk, partition and path
+    std::vector<PASSED_OVER_T> passed_over;
 };
 
 // Walks the library's partitions with so many threads; the documents come in the order of their paths
-// all the same. Symbolic links are not followed. What can't be read is logged and passed over. Ends early,
-// with what it has, when `stop` is set.
+// all the same. Symbolic links are not followed. What can't be read is passed over. Ends early, with what it
+// has, when `stop` is set.
 LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop);
 
 // Reads whole documents into a buffer that is used again.

@@ -14,6 +14,7 @@
 
 #include "documents.h"
 #include "progress.h"
+#include "scan_events.h"
 #include "store.h"
 
 namespace server {
@@ -21,7 +22,8 @@ namespace server {
 class SCANNER_T {
 public:
     // `machine` is the machine's uuid.
-    SCANNER_T(std::string root, std::string machine, unsigned parsers, STORE_T *store);
+    SCANNER_T(std::string root, std::string machine, unsigned parsers, STORE_T *store,
+              SCAN_EVENTS_T events = {});
     SCANNER_T(const SCANNER_T &) = delete;
     SCANNER_T &operator=(const SCANNER_T &) = delete;
     ~SCANNER_T() { stop(); }
@@ -42,6 +44,8 @@ private:
     void run();
     bool wait_for_request();
     void scan();
+    void tell_progress();
+    void leave_out(const char *what, const std::string &path, const char *reason);
     MOVIE_PTR known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const;
     OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) const;
 
@@ -49,6 +53,7 @@ private:
     const std::string machine_;
     const unsigned parsers_;
     STORE_T *store_;
+    const SCAN_EVENTS_T events_;
     PROGRESS_T progress_;
 
     std::mutex mutex_;
@@ -56,6 +61,7 @@ private:
     bool requested_ = true; // the scan at start
     std::atomic<bool> stop_ = false;
     std::thread thread_;
+    size_t folders_left_out_ = 0; // by the last scan
 
     // The movies of the last scan by folder: a document that hasn't changed is not parsed again, and its
     // movie keeps its id. Changed between scans only, so parsers read it without a lock.
