@@ -1,9 +1,10 @@
-// Owners for what comes from calloc(): freed on every return that does not release it.
+// Owners for what comes from malloc(): freed on every return that does not release it.
 #ifndef TAVISYS_SUPPORT_OWNER_H
 #define TAVISYS_SUPPORT_OWNER_H
 
 #include <cstdlib>
 #include <memory>
+#include <type_traits>
 
 #include "support_memory.h"
 
@@ -26,9 +27,15 @@ struct DELETE_WITH_T {
 template <class RECORD, auto DELETE>
 using OWNED_T = std::unique_ptr<RECORD, DELETE_WITH_T<DELETE>>;
 
+// A zeroed record. From malloc(): calloc() of the C library passes over the blocks that the thread has just
+// freed and takes twice as long, while clearing a record is a few stores.
 template <class RECORD>
 RECORD *allocate() {
-    return static_cast<RECORD *>(calloc(1, sizeof(RECORD)));
+    static_assert(std::is_trivially_copyable_v<RECORD>);
+    auto *record = static_cast<RECORD *>(malloc(sizeof(RECORD)));
+    if (record != nullptr)
+        *record = RECORD{};
+    return record;
 }
 
 // Fills a record's field with a copy; false, also for NULL, when there is none.
