@@ -6,13 +6,14 @@
 #     warnings as errors in all three
 #   - the fuzz targets: their corpora, and each for 10 seconds
 #   - clang-format and clang-tidy
+#   - the instructions that the main paths take, which must not have grown: scripts/bench.sh --check
 # TAVISYS_DATA=DIR names a folder of generated movie documents for the tests on large input.
 # Usage: scripts/test.sh
 set -eu
 cd "$(dirname "$0")/.."
 
 scripts/packages.sh g++ clang clang-format clang-tidy cmake ninja-build pkgconf libxml2-dev libmount-dev \
-    libudev-dev libcli11-dev iproute2 nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils
+    libudev-dev libcli11-dev iproute2 nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils valgrind
 
 step() { printf '\n== %s\n' "$*"; }
 
@@ -47,4 +48,6 @@ scripts/fuzz.sh 10
 step "clang-tidy"
 git ls-files 'support/*.cpp' 'comm/*.cpp' 'codec/*.cpp' 'dbdata_*/*.cpp' 'utils/*.cpp' 'agent/*.cpp' 'apps/*.cpp' |
     xargs -n 4 -P "$(nproc)" clang-tidy --quiet -p build/clang
+step "instruction counts"
+scripts/bench.sh --check
 step "all passed"
