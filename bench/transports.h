@@ -51,7 +51,7 @@ std::unique_ptr<TRANSPORT_T> start_http_kept();
 // The floor, the channel alone and with records, and the peers that were installed when this was built.
 inline std::vector<START_T> starters() {
     return {
-        start_floor, start_channel,
+        start_floor, start_channel,   start_agent,
 #ifdef BENCH_GRPC
         start_grpc,
 #endif
