@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <ctime>
 #include <functional>
-#include <malloc.h>
 #include <string>
 
 #include "codecs.h"
@@ -43,6 +42,14 @@ double time_of(const std::function<void()> &work, int times) {
     return (cpu_seconds() - begun) / times;
 }
 
+// A large allocation makes the C library join the small blocks that were freed before, so that nobody does
+// it for the one whose turn was before.
+void settle_heap() {
+    void *large = malloc(size_t{1} << 20);
+    benchmark::DoNotOptimize(large);
+    free(large);
+}
+
 double median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
@@ -64,6 +71,8 @@ void measure(benchmark::State &state, std::vector<CONTENDER_T> contenders) {
     for (auto _ : state) {
         for (size_t i = 0; i < contenders.size(); i++) {
             CONTENDER_T &contender = contenders[(first + i) % contenders.size()];
+            contender.work();
+            settle_heap();
             contender.spent = time_of(contender.work, contender.batch);
         }
         first++;
@@ -133,9 +142,6 @@ void compare(const std::string &name, const RECORD *record) {
 } // namespace
 
 int main(int argc, char **argv) {
-    // The heap keeps its pages: no codec pays for those that another gave back.
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
     benchmark::Initialize(&argc, argv);
     server::STORE_T store;
     load(library_folder(), &store);

@@ -479,14 +479,15 @@ void free_disks(DISKS_T **list) {
 
 // ----
 
+// All in one function each, as the library's are.
 template <auto PUT, class RECORD>
-BODY_T encode(const RECORD &record, size_t length) {
+[[gnu::flatten]] BODY_T encode(const RECORD &record, size_t length) {
     BODY_T body(length);
     PUT(body.data(), record);
     return body;
 }
 template <auto TAKE, class RECORD>
-RECORD *decode(const BODY_T &body) {
+[[gnu::flatten]] RECORD *decode(const BODY_T &body) {
     return TAKE(body.data());
 }
 void put_movies(char *at, const MOVIES_T &movies) {

@@ -21,15 +21,28 @@ RECORD *decoded(const BODY_T &body, DECODE decode) {
     return record;
 }
 
-// The list, again and again, up to the wanted number.
+// Without one of these lists a movie is not encoded: a decoded list without entries is NULL.
+bool has_all_lists(const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_T &movie) {
+    return movie.director_list != nullptr && movie.actor_list != nullptr && movie.year_list != nullptr &&
+           movie.video_list != nullptr;
+}
+
+// The movies of the list that can be encoded again, again and again, up to the wanted number.
 MOVIES_T *repeated(const BODY_T &body, size_t wanted) {
     MOVIES_T *head = nullptr;
     PVOID *link = reinterpret_cast<PVOID *>(&head);
-    size_t count = 0;
-    while (count < wanted) {
+    for (size_t count = 0; count < wanted;) {
         *link = decoded<MOVIES_T>(body, decode_tp_tavisys_dbdata_movie_information_list_from_message);
-        for (; *link != nullptr && count < wanted; count++)
-            link = &static_cast<MOVIES_T *>(*link)->next;
+        while (*link != nullptr && count < wanted) {
+            auto *node = static_cast<MOVIES_T *>(*link);
+            if (has_all_lists(*node->info)) {
+                link = &node->next;
+                count++;
+            } else {
+                *link = node->next;
+                delete_tp_tavisys_dbdata_movie_information_list_node(&node);
+            }
+        }
     }
     auto *rest = static_cast<MOVIES_T *>(*link);
     *link = nullptr;
@@ -88,7 +101,7 @@ CORPUS_T make_corpus(const server::STORE_T &loaded, size_t movies) {
     corpus.disks = decoded<DISKS_T>(ask(loaded, TAVISYS_MSGTYPE_REQUEST_HARDDISK_INFO, nullptr, 0),
                                     decode_tavisys_harddisk_information_list_from_message);
     server::STORE_T partition;
-    publish_partition(loaded, movies, &partition);
+    publish_partition(loaded, 2 * movies, &partition);
     corpus.movies = repeated(
         ask(partition, TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIE_INFO, &PARTITION, sizeof PARTITION), movies);
     return corpus;
