@@ -36,9 +36,8 @@ void put(char *&at, const BASIC_MOVIE_IDS_T *ids) {
         return;
     }
     put(at, ids->num);
-    const auto length = static_cast<size_t>(ids->num) * sizeof(INT32_T);
-    memcpy(at, ids->ids, length);
-    at += length;
+    for (INT32_T i = 0; i < ids->num; i++) // of one or two ids: faster than memcpy()
+        put(at, ids->ids[i]);
 }
 template <class NODE, class PUT_ENTRY>
 void put_list(char *&at, const NODE *list, PUT_ENTRY put_entry) {
@@ -195,8 +194,8 @@ BASIC_MOVIE_IDS_T *take_ids(const char *&at) {
     const auto length = static_cast<size_t>(count) * sizeof(INT32_T);
     auto *ids = static_cast<BASIC_MOVIE_IDS_T *>(malloc(sizeof(BASIC_MOVIE_IDS_T)));
     *ids = {count, static_cast<INT32_T *>(malloc(length))};
-    memcpy(ids->ids, at, length);
-    at += length;
+    for (INT32_T i = 0; i < count; i++)
+        ids->ids[i] = take(at);
     return ids;
 }
 template <class RECORD>
