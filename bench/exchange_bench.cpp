@@ -16,11 +16,9 @@
 // `floor_per_s`, `floor_p50_us`, `floor_p99_us`.
 // Port 40001 must be free.
 #include <algorithm>
-#include <atomic>
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -34,78 +32,77 @@ namespace {
 using namespace bench;
 using CLOCK_T = std::chrono::steady_clock;
 
-constexpr auto TURN = std::chrono::milliseconds(400); // of one transport in a round
-constexpr int ROUNDS = 5;
+// Short turns: what disturbs the machine for a second disturbs all.
+constexpr auto TURN = std::chrono::milliseconds(50); // of one transport in a round
+constexpr int ROUNDS = 30;
 constexpr int REPETITIONS = 3;
 
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-struct TURN_T {
-    double per_second = 0;
-    double p50 = 0; // seconds
-    double p99 = 0;
+// What a transport did in all its turns of a repetition.
+struct FIGURES_T {
+    double seconds = 0;
+    std::vector<double> spent{}; // by each exchange
+    double per_second() const { return static_cast<double>(spent.size()) / seconds; }
+    double part(size_t percent) {
+        std::sort(spent.begin(), spent.end());
+        return spent[spent.size() * percent / 100];
+    }
 };
 
+[[noreturn]] void fail(const char *name) {
+    fprintf(stderr, "%s: an exchange failed\n", name);
+    exit(EXIT_FAILURE);
+}
+
 // One client: exchanges until the time is up.
-void run_client(CLIENT_T &client, QUESTION_T question, CLOCK_T::time_point end, std::vector<double> *spent) {
+void run_client(TRANSPORT_T &transport, CLIENT_T &client, QUESTION_T question, CLOCK_T::time_point end,
+                std::vector<double> *spent) {
     for (auto begun = CLOCK_T::now(); begun < end;) {
-        if (!client.exchange(question)) {
-            fprintf(stderr, "an exchange failed\n");
-            exit(EXIT_FAILURE);
-        }
+        if (!client.exchange(question))
+            fail(transport.name());
         const auto done = CLOCK_T::now();
         spent->push_back(std::chrono::duration<double>(done - begun).count());
         begun = done;
     }
 }
 
-TURN_T take_turn(TRANSPORT_T &transport, QUESTION_T question, int clients) {
+void take_turn(TRANSPORT_T &transport, QUESTION_T question, int clients, FIGURES_T *figures) {
     std::vector<std::unique_ptr<CLIENT_T>> connected;
     for (int i = 0; i < clients; i++) {
         connected.push_back(transport.connect());
-        if (!connected.back()->exchange(question)) { // a kept connection is there before the clock runs
-            fprintf(stderr, "no first exchange\n");
-            exit(EXIT_FAILURE);
-        }
+        if (!connected.back()->exchange(question)) // a kept connection is there before the clock runs
+            fail(transport.name());
     }
     std::vector<std::vector<double>> spent(connected.size());
     std::vector<std::thread> threads;
     const auto begun = CLOCK_T::now();
     for (size_t i = 0; i < connected.size(); i++)
-        threads.emplace_back(run_client, std::ref(*connected[i]), question, begun + TURN, &spent[i]);
+        threads.emplace_back(run_client, std::ref(transport), std::ref(*connected[i]), question, begun + TURN,
+                             &spent[i]);
     for (std::thread &thread : threads)
         thread.join();
-    const double whole = std::chrono::duration<double>(CLOCK_T::now() - begun).count();
-    std::vector<double> all;
+    figures->seconds += std::chrono::duration<double>(CLOCK_T::now() - begun).count();
     for (const std::vector<double> &of_one : spent)
-        all.insert(all.end(), of_one.begin(), of_one.end());
-    std::sort(all.begin(), all.end());
-    return {static_cast<double>(all.size()) / whole, all[all.size() / 2], all[all.size() * 99 / 100]};
+        figures->spent.insert(figures->spent.end(), of_one.begin(), of_one.end());
 }
 
 void measure(benchmark::State &state, const std::vector<TRANSPORT_T *> &transports, QUESTION_T question,
              int clients) {
-    std::map<std::string, std::vector<double>> figures;
+    std::vector<FIGURES_T> figures(transports.size());
     for (auto _ : state) {
-        std::vector<TURN_T> turns;
-        for (TRANSPORT_T *transport : transports)
-            turns.push_back(take_turn(*transport, question, clients));
-        const TURN_T &floor = turns[0];
-        for (size_t i = 0; i < turns.size(); i++) {
-            const std::string name = transports[i]->name();
-            figures[name].push_back(turns[i].per_second / floor.per_second);
-            figures[name + "_p99"].push_back(turns[i].p99 / floor.p99);
-        }
-        figures["floor_per_s"].push_back(floor.per_second);
-        figures["floor_p50_us"].push_back(floor.p50 * 1e6);
-        figures["floor_p99_us"].push_back(floor.p99 * 1e6);
-        state.SetIterationTime(1 / turns[1].per_second);
+        for (size_t i = 0; i < transports.size(); i++)
+            take_turn(*transports[i], question, clients, &figures[i]);
+        state.SetIterationTime(1 / figures[1].per_second());
     }
-    for (const auto &[name, values] : figures)
-        state.counters[name] = median(values);
+    FIGURES_T &floor = figures[0];
+    for (size_t i = 0; i < transports.size(); i++) {
+        const std::string name = transports[i]->name();
+        state.counters[name] = figures[i].per_second() / floor.per_second();
+        state.counters[name + "_p50"] = figures[i].part(50) / floor.part(50);
+        state.counters[name + "_p99"] = figures[i].part(99) / floor.part(99);
+    }
+    state.counters["floor_per_s"] = floor.per_second();
+    state.counters["floor_p50_us"] = floor.part(50) * 1e6;
+    state.counters["floor_p99_us"] = floor.part(99) * 1e6;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // HTTP/1.1 with JSON, with and without a kept connection.
 #include <httplib.h>
 #include <string>
+#include <sys/socket.h>
 #include <thread>
 
 #include "codecs.h"
@@ -48,7 +49,10 @@ public:
         server_.Get("/page", [](const httplib::Request &, httplib::Response &reply) {
             say(json_codec<PAGE_T>().encode(*answers().page, 0), &reply);
         });
+        int listener = -1;
+        server_.set_socket_options([&](int sock) { listener = sock; });
         port_ = server_.bind_to_any_port("127.0.0.1");
+        listen(listener, SOMAXCONN); // its own backlog of 5 drops connections, which wait for seconds then
         thread_ = std::thread([this] { server_.listen_after_bind(); });
     }
     ~HTTP_T() override {
