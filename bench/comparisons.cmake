@@ -12,6 +12,10 @@ foreach(name codec_bench exchange_bench)
   target_link_libraries(${name} PRIVATE bench_corpus benchmark::benchmark)
 endforeach()
 
+# What scripts/bench.sh --check counts the instructions of.
+add_executable(instructions instructions.cpp)
+target_link_libraries(instructions PRIVATE bench_corpus)
+
 # The codecs and transports that the library is compared with. Those that aren't installed are left out.
 function(have_peer name found)
   if(found)

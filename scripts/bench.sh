@@ -11,15 +11,15 @@ set -eu
 cd "$(dirname "$0")/.."
 unset CFLAGS CXXFLAGS LDFLAGS
 
-# A benchmark is a line here, one in bench/CMakeLists.txt and what its figures mean in bench/report.py.
-BENCHMARKS="codec_bench exchange_bench transfer_bench load_bench query_bench decode_bench"
+# What a benchmark's figures mean is said in bench/report.py.
+BENCHMARKS=$(cd bench && printf '%s\n' *_bench.cpp | sed 's/\.cpp$//')
 
 need="g++ cmake ninja-build pkgconf libxml2-dev libmount-dev libudev-dev libcli11-dev nlohmann-json3-dev
     libbenchmark-dev python3"
 
 build() {
     cmake --preset release -DTAVISYS_BUILD_TESTS=OFF >/dev/null
-    cmake --build --preset release --target "$1" -- --quiet
+    cmake --build --preset release --target "$@" -- --quiet
 }
 
 count_instructions() {
@@ -51,21 +51,17 @@ case ${1-} in
 esac
 
 # shellcheck disable=SC2086
-scripts/packages.sh $need iproute2 gnuplot-nox libprotobuf-dev protobuf-compiler libgrpc++-dev \
+scripts/packages.sh $need iproute2 libprotobuf-dev protobuf-compiler libgrpc++-dev \
     protobuf-compiler-grpc libmsgpack-cxx-dev libflatbuffers-dev flatbuffers-compiler libcpp-httplib-dev \
     libsqlite3-dev
-build benchmarks
+names=${*:-$BENCHMARKS}
+# shellcheck disable=SC2086
+build $names
 results=build/release/bench/results
 mkdir -p "$results"
-for name in ${*:-$BENCHMARKS}; do
-    program=build/release/bench/$name
-    if [ ! -x "$program" ]; then
-        echo "bench.sh: no $name here" >&2
-        continue
-    fi
+for name in $names; do
     printf '\n== %s\n' "$name"
-    run "$program" --benchmark_out_format=json --benchmark_out="$results/$name.new"
+    run "build/release/bench/$name" --benchmark_out_format=json --benchmark_out="$results/$name.new"
     mv "$results/$name.new" "$results/$name.json"
 done
-# shellcheck disable=SC2086
-python3 bench/report.py "$results" docs $BENCHMARKS
+python3 bench/report.py "$results" docs
