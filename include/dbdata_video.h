@@ -2,8 +2,7 @@
  *  The playable files of a movie: one for a film, one per episode for a series.
  *
  *  A video belongs to the one list node that holds it, and is not shared. Videos may be created from any
- *  number of threads at once; lists are plain data, for one thread at a time. A NULL argument gives NULL,
- *  0 or nothing. A list node that finds no memory says so on standard output. */
+ *  number of threads at once. A NULL argument gives NULL, 0 or nothing. */
 #ifndef TAVISYS_DBDATA_VIDEO_H
 #define TAVISYS_DBDATA_VIDEO_H
 
@@ -49,7 +48,8 @@ TAVISYS_API void delete_dbdata_video_information(DBDATA_VIDEO_INFORMATION_T **in
 TAVISYS_API DBDATA_VIDEO_INFORMATION_LIST_T *
 create_dbdata_video_information_list_node(DBDATA_VIDEO_INFORMATION_T *info);
 
-/** Create a record and a node that holds it. @return the node, or NULL: no record, memory short. */
+/** Create a record and a node that holds it. @return the node, or NULL: no record; memory short for the
+ *  node, the record's id is used up then. */
 TAVISYS_API DBDATA_VIDEO_INFORMATION_LIST_T *
 create_dbdata_video_information_list_node_ex(INT32_T seqno, const INT8_T *name, const INT8_T *filepath,
                                              const INT8_T *mp4);

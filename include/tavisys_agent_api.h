@@ -9,7 +9,9 @@
  *
  *  Results that every call shares, called "a channel failure" below: -1 when the channel can't be opened,
  *  the negated transport codes of tp_trlv.h when the exchange fails (-8 for a reply of another type), and
- *  the server's own result when that is not 0 (TAVISYS_RESULT_E names those of tavisys-server). */
+ *  the server's own result when that is not 0 (TAVISYS_RESULT_E names those of tavisys-server). A failed
+ *  exchange is logged, see tavisys_comm.h. A malformed reply is also one for which memory is short, but for
+ *  its body: that is a channel failure, -3. */
 #ifndef TAVISYS_TAVISYS_AGENT_API_H
 #define TAVISYS_TAVISYS_AGENT_API_H
 
@@ -31,8 +33,8 @@ extern "C" {
 /** Ask for the server's uuid.
  *  @param uuid [out] receives the NUL-terminated uuid.
  *  @param len  [in]  bytes in the buffer; 37 hold a uuid.
- *  @return 0, or: -1 for a NULL buffer, a reply of more than `len` bytes, or a reply that doesn't end in
- *          a NUL within the buffer; a channel failure. */
+ *  @return 0, or: -1 for a NULL buffer, a negative `len`, a reply of more than `len` bytes, or one without a
+ *          NUL; a channel failure. */
 TAVISYS_API RTSTATUS tavisysapi_get_uuid_infomation(INT8_T *uuid, INT32_T len);
 
 /** Ask for the number of disks and movies.
