@@ -31,7 +31,7 @@ bool has_all_lists(const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_T &movie) {
 MOVIES_T *repeated(const BODY_T &body, size_t wanted) {
     MOVIES_T *head = nullptr;
     PVOID *link = reinterpret_cast<PVOID *>(&head);
-    for (size_t count = 0; count < wanted;) {
+    for (size_t count = 0, before = 0; count < wanted; before = count) {
         *link = decoded<MOVIES_T>(body, decode_tp_tavisys_dbdata_movie_information_list_from_message);
         while (*link != nullptr && count < wanted) {
             auto *node = static_cast<MOVIES_T *>(*link);
@@ -42,6 +42,10 @@ MOVIES_T *repeated(const BODY_T &body, size_t wanted) {
                 *link = node->next;
                 delete_tp_tavisys_dbdata_movie_information_list_node(&node);
             }
+        }
+        if (count == before) {
+            fprintf(stderr, "%s: no movie can be transferred\n", library_folder());
+            exit(EXIT_FAILURE);
         }
     }
     auto *rest = static_cast<MOVIES_T *>(*link);
@@ -90,6 +94,10 @@ BODY_T ask(const server::STORE_T &store, INT32_T type, const void *request, size
 }
 
 CORPUS_T make_corpus(const server::STORE_T &loaded, size_t movies) {
+    if (loaded.snapshot()->movies().empty()) {
+        fprintf(stderr, "%s holds no movie documents\n", library_folder());
+        exit(EXIT_FAILURE);
+    }
     CORPUS_T corpus{};
     corpus.page =
         decoded<PAGE_T>(ask(loaded, TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO, &FIRST_PAGE, sizeof FIRST_PAGE),

@@ -39,8 +39,10 @@ inline void release(TP_TAVISYS_VERSION_INFORMATION_T **version) {
 // ---- Making records as a decoder has to
 
 template <class RECORD>
-RECORD *make() {
-    return static_cast<RECORD *>(calloc(1, sizeof(RECORD)));
+RECORD *make() { // calloc() would be slower, and the peers' handicap
+    auto *record = static_cast<RECORD *>(malloc(sizeof(RECORD)));
+    *record = RECORD{};
+    return record;
 }
 inline INT8_T *make_text(const char *text, size_t length) {
     auto *copy = static_cast<INT8_T *>(malloc(length + 1));
