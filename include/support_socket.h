@@ -38,6 +38,8 @@ TAVISYS_API RTSTATUS close_tcp_socket(INT32_T sock);
 
 /** Send all of the data. Fails when the peer takes nothing for 5 seconds, or takes it so slowly that the
  *  whole needs more than 5 seconds and a second for every 64 KiB taken.
+ *  @param sock   [in] socket.
+ *  @param data   [in] the bytes.
  *  @param length [in] bytes of data, at least 0, which sends nothing and asks nothing of the socket.
  *  @return bytes sent (length), or -1: bad argument, connection lost, peer too slow. */
 TAVISYS_API INT32_T send_data_to_tcp_socket(INT32_T sock, const void *data, INT32_T length);

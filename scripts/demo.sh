@@ -53,15 +53,9 @@ done
 
 show tavisys status --watch
 grep -o '跳过影片.*' "$log" | sed "s|$PWD/||"
-show tavisys version
-show tavisys info
 show tavisys categories
-show tavisys filters 电影 kind
-show tavisys movies --category 电影 --order score --size 10
-show tavisys movies --area 香港 --order publish
-first=$(tavisys movies --category 电视剧 --order score --size 1 --json | grep -o '"movid": *[0-9]*' | grep -o '[0-9]*')
-show tavisys movie 电视剧 "$first"
-show tavisys poster
+show tavisys movies --category 电影 --order score --size 5
+show tavisys movies --category 电影 --area 香港 --kind 犯罪 --order publish
 show tavisys disks 127.0.0.1 | sed "s|$PWD/||"
 show tavisys fetch 127.0.0.1 sda sda1 --out "$copy"
 printf '\n$ kill %%1\n'

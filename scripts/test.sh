@@ -14,7 +14,8 @@ set -eu
 cd "$(dirname "$0")/.."
 
 scripts/packages.sh g++ clang clang-format clang-tidy cmake ninja-build pkgconf libxml2-dev libmount-dev \
-    libudev-dev libcli11-dev iproute2 nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils dpkg-dev file lintian abigail-tools doxygen valgrind
+    libudev-dev libcli11-dev nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils iproute2 tshark \
+    dpkg-dev file lintian abigail-tools doxygen valgrind
 
 step() { printf '\n== %s\n' "$*"; }
 
