@@ -201,6 +201,38 @@ TEST_F(Codec, NamedValuesAreMadeWithACopyOfANameOnly) {
     delete_tavisys_kind_information_list_node(&kind); // nothing to delete
 }
 
+// Encoders have room ready for most bodies and take memory on the way for longer ones.
+TEST_F(Codec, ALongPageIsEncodedWholeOrNotAtAll) {
+    constexpr INT32_T MOVIES = 2000;
+    PAGE_T *page = create_tavisys_basic_movie_ext_information();
+    PVOID *end = reinterpret_cast<PVOID *>(&page->list);
+    for (INT32_T i = 0; i < MOVIES; i++) {
+        auto *node = movie_node("TV-1", "霸王别姬");
+        *end = node;
+        end = &node->next;
+    }
+    const std::string numbers = wire(0, 0, 0, 0, 0);
+    const std::string whole = encoded(encode_page, page);
+    ASSERT_LT(numbers.size() + 4, whole.size());
+    const size_t movie = (whole.size() - numbers.size() - 4) / MOVIES;
+    const std::string first = whole.substr(numbers.size() + 4, movie);
+    std::string expected = numbers + wire(MOVIES);
+    for (INT32_T i = 0; i < MOVIES; i++)
+        expected += first;
+    EXPECT_TRUE(expected == whole);
+
+    take_log();
+    fail_nth_allocation(1);
+    EXPECT_EQ("", encoded(encode_page, page));
+    EXPECT_EQ(std::vector{line(PAGE_CALL, 80, "创建内存失败..")}, take_log());
+    EXPECT_LE(1, fail_each_allocation([&] { // the last one gives back what was too much: none is needed
+                  const std::string bytes = encoded(encode_page, page);
+                  EXPECT_TRUE(bytes.empty() || bytes == whole);
+                  return bytes == whole && !an_allocation_failed();
+              }));
+    delete_tavisys_basic_movie_ext_information(&page);
+}
+
 TEST_F(Codec, EachFailureOfThePageEncoderIsLogged) {
     PAGE_T *page = create_tavisys_basic_movie_ext_information();
     const auto failure = [page] {
