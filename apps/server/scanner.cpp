@@ -32,7 +32,7 @@ bool set_position(DBDATA_MOVIE_INFORMATION_T *movie, const DOCUMENT_T &document)
     return movie->ipaddr != nullptr && movie->hddevname != nullptr && movie->ptdevname != nullptr;
 }
 
-// Owns a movie until there is a MOVIE_T to own it.
+// Owns the parser's record, of which a MOVIE_T keeps a copy.
 struct RELEASE_MOVIE_T {
     void operator()(DBDATA_MOVIE_INFORMATION_T *record) const { release_dbdata_movie_information(&record); }
 };
@@ -259,14 +259,10 @@ SCANNER_T::OUTCOME_T SCANNER_T::load(DOCUMENT_READER_T *reader, const DOCUMENT_T
     TAVI_METADATA_FAILURE_E failure = TAVI_METADATA_OK;
     if (get_tavi_metadata_information_from_document(reader->data(), reader->length(), &record, &failure) < 0)
         return {nullptr, get_tavi_metadata_failure_text(failure)};
-    OWNED_MOVIE_T owned(record);
-    const auto movie = std::make_shared<MOVIE_T>(record);
-    static_cast<void>(owned.release());
+    const OWNED_MOVIE_T owned(record);
     if (!set_position(record, document))
         return {nullptr, "内存不足"};
-    movie->folder = document.folder;
-    movie->signature = signature;
-    return {movie, ""};
+    return {std::make_shared<const MOVIE_T>(*record, document.folder, signature), ""};
 } catch (const std::bad_alloc &) {
     return {nullptr, "内存不足"};
 }
