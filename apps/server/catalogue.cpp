@@ -4,8 +4,11 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <numeric>
 #include <string_view>
 #include <tuple>
+
+#include "page_body.h"
 
 namespace server {
 
@@ -273,29 +276,46 @@ CATALOGUE_T::CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> 
     file_movies();
 }
 
+// The position of a movie is its place in the order in which most pages are asked for: such a page, however
+// deep, reads memory from front to end.
 void CATALOGUE_T::place_movies() {
-    by_id_.reserve(movies_.size());
-    page_parts_.reserve(movies_.size());
-    for (POSITION_T position = 0; position < movies_.size(); position++) {
-        by_id_.emplace_back(record(position).id, position);
-        page_parts_.push_back(movies_[position]->page_part);
-        if (*text_or_empty(record(position).posters->big) != '\0')
-            with_poster_.push_back(position);
-    }
-    std::sort(by_id_.begin(), by_id_.end());
-    POSITION_T end = 0;
+    std::vector<const INT8_T *> serials; // as the movies come, by disk
     const auto *disk = storage_.disks();
     for (; disk != nullptr; disk = static_cast<const DBDATA_HARDDISK_INFORMATION_LIST_T *>(disk->next))
-        disk_ends_.push_back({end += disk->movstat.parseok_movies, disk->info->serialno});
+        serials.resize(serials.size() + disk->movstat.parseok_movies, disk->info->serialno);
+    by_code_ = positions_by_code();
+    const POSITIONS_T order =
+        sorted_by(by_code_, [&](POSITION_T position) { return -int64_t{record(position).put_time}; });
+
+    POSITIONS_T position_of(order.size());
+    std::vector<MOVIE_PTR> movies(order.size());
+    page_parts_.reserve(order.size());
+    by_id_.reserve(order.size());
+    for (POSITION_T position = 0; position < order.size(); position++) {
+        const POSITION_T before = order[position];
+        position_of[before] = position;
+        movies[position] = std::move(movies_[before]);
+        const DBDATA_MOVIE_INFORMATION_T &movie = *movies[position]->record;
+        by_id_.emplace_back(movie.id, position);
+        if (*text_or_empty(movie.posters->big) != '\0')
+            with_poster_.push_back(position);
+        const std::string part = page_part_of(movie, movies[position]->folder, serials[before]);
+        auto *kept = static_cast<char *>(page_memory_.allocate(part.size(), 1));
+        page_parts_.emplace_back(kept, part.copy(kept, part.size()));
+    }
+    movies_ = std::move(movies);
+    std::sort(by_id_.begin(), by_id_.end());
+    for (POSITION_T &position : by_code_)
+        position = position_of[position];
 }
 
 // Each order sorts by a key of its own and, among equals, by movie code.
 void CATALOGUE_T::sort_movies() {
-    by_code_ = positions_by_code();
     const auto by = [&](auto key_of) {
         return sorted_by(by_code_, [&](POSITION_T position) { return key_of(record(position)); });
     };
-    sorted_[TP_ORDER_BY_PUT_TIME] = by([](const auto &movie) { return -int64_t{movie.put_time}; });
+    sorted_[TP_ORDER_BY_PUT_TIME].resize(movies_.size());
+    std::iota(sorted_[TP_ORDER_BY_PUT_TIME].begin(), sorted_[TP_ORDER_BY_PUT_TIME].end(), POSITION_T{0});
     sorted_[TP_ORDER_BY_PUBLISH_TIME] = by([](const auto &movie) { return -int64_t{movie.publish_time}; });
     sorted_[TP_ORDER_BY_SCORE] = by([](const auto &movie) { return -int64_t{score_of(movie)}; });
     sorted_[TP_ORDER_BY_NAME] = by([](const auto &movie) { return TEXT_KEY_T(movie.info->movie_name_ch); });
@@ -339,13 +359,6 @@ const CATEGORY_T *CATALOGUE_T::category(INT32_T cid) const {
 const MOVIE_T *CATALOGUE_T::movie(INT32_T mid) const {
     const auto found = std::lower_bound(by_id_.begin(), by_id_.end(), std::pair(mid, POSITION_T{0}));
     return found == by_id_.end() || found->first != mid ? nullptr : movies_[found->second].get();
-}
-
-std::string_view CATALOGUE_T::serial_of(POSITION_T position) const {
-    const auto *disk = disk_ends_.data(); // a machine has few
-    while (position >= disk->end)
-        disk++;
-    return disk->serial;
 }
 
 std::span<const POSITION_T> CATALOGUE_T::movies_of(const INT8_T *code) const {

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <memory_resource>
 #include <span>
 #include <string>
 #include <string_view>
@@ -66,7 +67,7 @@ public:
     CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks);
 
     const STORAGE_T &storage() const { return storage_; }
-    const std::vector<MOVIE_PTR> &movies() const { return movies_; }
+    const std::vector<MOVIE_PTR> &movies() const { return movies_; } // by position
     // Categories that hold movies, by id, ALL_CATEGORIES among them.
     const std::map<INT32_T, CATEGORY_T> &categories() const { return categories_; }
     const CATEGORY_T *category(INT32_T cid) const;
@@ -74,9 +75,7 @@ public:
     const MOVIE_T *movie(INT32_T mid) const;
     // The movies of that code: at most one on each partition.
     std::span<const POSITION_T> movies_of(const INT8_T *code) const;
-    // The serial number of the disk that holds the movie.
-    std::string_view serial_of(POSITION_T position) const;
-    // The movie's part of a page's body: at hand without a look at the movie.
+    // The movie's part of a page's body, see page_body.h: at hand without a look at the movie.
     std::string_view page_part(POSITION_T position) const { return page_parts_[position]; }
     // Movies that have a large poster.
     const POSITIONS_T &with_poster() const { return with_poster_; }
@@ -90,15 +89,9 @@ private:
     void file_movies();
     const DBDATA_MOVIE_INFORMATION_T &record(POSITION_T position) const { return *movies_[position]->record; }
 
-    // Where the movies of a disk end, and those of the next one begin.
-    struct DISK_END_T {
-        POSITION_T end;
-        std::string_view serial;
-    };
-
     std::vector<MOVIE_PTR> movies_; // given up after the storage, whose nodes refer to their records
     STORAGE_T storage_;
-    std::vector<DISK_END_T> disk_ends_;
+    std::pmr::monotonic_buffer_resource page_memory_;
     std::vector<std::string_view> page_parts_; // by position
     POSITIONS_T with_poster_;
     POSITIONS_T by_code_;

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "on_loan.h"
-#include "page_body.h"
 
 namespace server {
 
@@ -191,16 +190,14 @@ DBDATA_MOVIE_INFORMATION_T *place_movie(LAYOUT_T *layout, const DBDATA_MOVIE_INF
 MOVIE_T::MOVIE_T(const DBDATA_MOVIE_INFORMATION_T &from, std::string_view of_folder,
                  const SIGNATURE_T &of_document)
     : signature(of_document) {
-    const std::string part = page_part_of(from, of_folder);
     LAYOUT_T measured;
     place_movie(&measured, from);
     const size_t records = measured.record_bytes();
-    block_.reset(new std::byte[records + measured.text_bytes() + of_folder.size() + 1 + part.size() + 1]);
+    block_.reset(new std::byte[records + measured.text_bytes() + of_folder.size() + 1]);
 
     LAYOUT_T layout(block_.get(), block_.get() + records);
     record = place_movie(&layout, from);
     folder = {layout.text(of_folder), of_folder.size()};
-    page_part = {layout.text(part), part.size()};
 }
 
 } // namespace server

@@ -38,7 +38,6 @@ struct MOVIE_T {
 
     DBDATA_MOVIE_INFORMATION_T *record = nullptr;
     std::string_view folder;
-    std::string_view page_part; // see page_body.h
     SIGNATURE_T signature;
 
 private:

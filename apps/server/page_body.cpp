@@ -1,5 +1,6 @@
 #include "page_body.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -19,10 +20,10 @@ namespace {
 constexpr size_t INTEGER = sizeof(INT32_T);
 // What stands before the first movie: the page's numbers and the count of its movies.
 constexpr size_t HEAD = sizeof(TP_PAGE_INFORMATION) + INTEGER;
-// What a part ends in: the disk's serial number, which is none there, the index on the page, and what touch
-// screens show beyond these, the number of videos and their duration.
-constexpr size_t PLACE = 2 * INTEGER;
+// What a part ends in: the index on the page, and what touch screens show beyond that, the number of videos
+// and their duration.
 constexpr size_t TOUCH = 2 * INTEGER;
+constexpr size_t END = INTEGER + TOUCH;
 
 template <class NODE>
 INT32_T count_of(const NODE *list) {
@@ -45,6 +46,7 @@ class IDS_T {
 public:
     template <class NODE>
     explicit IDS_T(const NODE *list) {
+        values_.reserve(static_cast<size_t>(count_of(list)));
         for (const NODE *node = list; node != nullptr; node = next_of(node))
             if (node->info != nullptr)
                 values_.push_back(node->info->id);
@@ -98,7 +100,8 @@ void prefetch(std::string_view bytes) {
 
 } // namespace
 
-std::string page_part_of(const DBDATA_MOVIE_INFORMATION_T &movie, std::string_view folder) {
+std::string page_part_of(const DBDATA_MOVIE_INFORMATION_T &movie, std::string_view folder,
+                         const INT8_T *serial) {
     ARENA_T arena;
     IDS_T kinds(movie.kind_list);
     IDS_T areas(movie.area_list);
@@ -120,6 +123,7 @@ std::string page_part_of(const DBDATA_MOVIE_INFORMATION_T &movie, std::string_vi
     record.area_ids = areas.get();
     record.dimension_ids = dimensions.get();
     record.resolution_ids = resolutions.get();
+    record.hdsn = on_loan(serial);
     record.totalvideo = count_of(movie.video_list);
     record.duration = movie.duration;
     INT32_T length = 0;
@@ -135,7 +139,7 @@ PVOID page_body_of(const CATALOGUE_T &catalogue, const PAGE_T &page,
     for (const POSITION_T position : page.positions) {
         const std::string_view part = catalogue.page_part(position);
         prefetch(part);
-        size += part.size() - TOUCH + touch + catalogue.serial_of(position).size();
+        size += part.size() - TOUCH + touch;
     }
     auto *body = size > std::numeric_limits<INT32_T>::max() ? nullptr : static_cast<INT8_T *>(malloc(size));
     if (body == nullptr)
@@ -147,14 +151,12 @@ PVOID page_body_of(const CATALOGUE_T &catalogue, const PAGE_T &page,
     const INT32_T pages = page.total / request.pagesize + (page.total % request.pagesize > 0 ? 1 : 0);
     for (const INT32_T number : {request.pagenum, request.pagesize, pages, page.total, count, count})
         to.integer(number);
-    INT32_T index = (request.pagenum - 1) * request.pagesize;
+    int64_t index =
+        (int64_t{request.pagenum} - 1) * request.pagesize; // behind the last page as large as it likes
     for (const POSITION_T position : page.positions) {
         const std::string_view part = catalogue.page_part(position);
-        const std::string_view serial = catalogue.serial_of(position);
-        to.bytes(part.substr(0, part.size() - PLACE - TOUCH));
-        to.integer(static_cast<INT32_T>(serial.size()));
-        to.bytes(serial);
-        to.integer(++index);
+        to.bytes(part.substr(0, part.size() - END));
+        to.integer(static_cast<INT32_T>(++index));
         to.bytes(part.substr(part.size() - TOUCH, touch));
     }
     return body;

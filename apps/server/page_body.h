@@ -1,5 +1,5 @@
 // The bodies of pages. A movie looks the same on every page but for its place there: so its part of a body is
-// encoded once, when the movie is loaded, and a page is put together of such parts.
+// encoded once, when a snapshot is made, and a page is put together of such parts.
 #ifndef TAVISYS_SERVER_PAGE_BODY_H
 #define TAVISYS_SERVER_PAGE_BODY_H
 
@@ -19,8 +19,9 @@ enum class PAGE_FORM_T {
     TOUCH // with the number of videos and their duration
 };
 
-// Throws std::bad_alloc.
-std::string page_part_of(const DBDATA_MOVIE_INFORMATION_T &movie, std::string_view folder);
+// `serial`: the serial number of the movie's disk. Throws std::bad_alloc.
+std::string page_part_of(const DBDATA_MOVIE_INFORMATION_T &movie, std::string_view folder,
+                         const INT8_T *serial);
 
 // The body of the page that the request has selected, which the caller frees. NULL: memory short, too long.
 PVOID page_body_of(const CATALOGUE_T &catalogue, const PAGE_T &page,
