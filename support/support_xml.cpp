@@ -1,7 +1,11 @@
 #include "support_xml.h"
 
+#include "support/xml_once.h"
+
 #include <climits>
 #include <cstring>
+#include <libxml/SAX2.h>
+#include <libxml/dict.h>
 #include <libxml/parser.h>
 #include <memory>
 
@@ -56,8 +60,8 @@ bool stopped(const xmlParserCtxt &context) {
     return context.errNo == XML_ERR_USER_STOP || context.errNo == XML_ERR_NO_MEMORY;
 }
 
-// A context of its own for every document: a shared one would share its dictionary of names, too, which
-// grows with every strange name and must not be used by the threads that hold the documents.
+// A document that is handed out has a context of its own: a shared one would share its dictionary of names,
+// too, which must not be used by the threads that hold the documents.
 OWNED_CONTEXT_T create_parser() {
     OWNED_CONTEXT_T context{xmlNewParserCtxt()};
     if (context != nullptr) {
@@ -76,6 +80,44 @@ xmlNode *first_of_name(xmlNode *node, const INT8_T *tagname) {
     while (node != nullptr && !has_name(node, tagname))
         node = node->next;
     return node;
+}
+
+// Takes over what has been parsed.
+xmlDoc *parse(xmlParserCtxt *context, const void *document, INT32_T length) {
+    if (context == nullptr)
+        return nullptr;
+    OWNED_DOC_T doc{xmlCtxtReadMemory(context, static_cast<const char *>(document), length, nullptr, nullptr,
+                                      PARSE_OPTIONS)};
+    return stopped(*context) ? nullptr : doc.release();
+}
+
+// The context's own data are the names of the containers.
+bool is_in_container(const xmlParserCtxt &context) {
+    if (context.nodeNr < 2)
+        return true;
+    const auto *name = static_cast<const INT8_T *const *>(context._private);
+    while (*name != nullptr && !has_name(context.node, *name))
+        name++;
+    return *name != nullptr;
+}
+
+void keep_text_of_values(void *parser, const xmlChar *text, int length) {
+    if (!is_in_container(*static_cast<xmlParserCtxt *>(parser)))
+        xmlSAX2Characters(parser, text, length);
+}
+
+// What a thread's parser may remember: the names of ordinary documents are few. A document that is out of the
+// ordinary gets a parser of its own, so that what it makes of its parser doesn't stay.
+constexpr size_t MOST_NAMES_KEPT = 64 * 1024; // bytes
+constexpr INT32_T LARGEST_ORDINARY = 64 * 1024;
+
+OWNED_CONTEXT_T create_parser_of_values() {
+    OWNED_CONTEXT_T context = create_parser();
+    if (context != nullptr) {
+        context->sax->characters = keep_text_of_values;
+        context->sax->ignorableWhitespace = keep_text_of_values;
+    }
+    return context;
 }
 
 constexpr bool continues_character(INT8_T byte) {
@@ -123,12 +165,24 @@ xmlDoc *get_doc_object_from_memory(const void *document, INT32_T length) {
         return nullptr;
     start_library();
     const SILENCE_T silence;
-    const OWNED_CONTEXT_T context = create_parser();
+    return parse(create_parser().get(), document, length);
+}
+
+xmlDoc *get_doc_object_to_read_once(const void *document, INT32_T length, const INT8_T *const *containers) {
+    if (document == nullptr || length < 1)
+        return nullptr;
+    start_library();
+    thread_local OWNED_CONTEXT_T kept;
+    const SILENCE_T silence;
+    OWNED_CONTEXT_T context =
+        kept != nullptr && length <= LARGEST_ORDINARY ? std::move(kept) : create_parser_of_values();
     if (context == nullptr)
         return nullptr;
-    OWNED_DOC_T doc{xmlCtxtReadMemory(context.get(), static_cast<const char *>(document), length, nullptr,
-                                      nullptr, PARSE_OPTIONS)};
-    return stopped(*context) ? nullptr : doc.release();
+    context->_private = const_cast<const INT8_T **>(containers);
+    xmlDoc *doc = parse(context.get(), document, length);
+    if (length <= LARGEST_ORDINARY && xmlDictGetUsage(context->dict) <= MOST_NAMES_KEPT)
+        kept = std::move(context);
+    return doc;
 }
 
 xmlNode *get_root_object_from_doc_object(xmlDoc *doc) {

@@ -2,8 +2,10 @@
 
 #include <cctype>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -14,6 +16,7 @@
 #include "support/list.h"
 #include "support/log.h"
 #include "support/owner.h"
+#include "support/xml_once.h"
 #include "support_memory.h"
 #include "support_text.h"
 #include "support_xml.h"
@@ -84,6 +87,11 @@ constexpr bool failures_stand_at_their_number() {
     return std::size(FAILURES) == TAVI_METADATA_VIDEOS + 1;
 }
 static_assert(failures_stand_at_their_number());
+
+// The elements that hold others: their own text is never read.
+constexpr const INT8_T *CONTAINERS[] = {"movie", "dimension_info", "resolution_info", "kinds",    "kind",
+                                        "areas", "area",           "directors",       "director", "actors",
+                                        "actor", "poster",         "videos",          "video",    nullptr};
 
 struct FREE_DOC_T {
     void operator()(_xmlDoc *doc) const { free_doc_object(doc); }
@@ -588,7 +596,11 @@ TAVI_METADATA_FAILURE_E fail(TAVI_METADATA_FAILURE_E failure, bool aloud) {
     return failure;
 }
 
-TAVI_METADATA_FAILURE_E load_movie(const OWNED_DOC_T &doc, bool aloud, DBDATA_MOVIE_INFORMATION_T **movinfo) {
+TAVI_METADATA_FAILURE_E load_movie(const void *document, size_t length, bool aloud,
+                                   DBDATA_MOVIE_INFORMATION_T **movinfo) {
+    const OWNED_DOC_T doc{
+        length > INT_MAX ? nullptr
+                         : get_doc_object_to_read_once(document, static_cast<INT32_T>(length), CONTAINERS)};
     if (doc == nullptr)
         return fail(TAVI_METADATA_NOT_WELL_FORMED, aloud);
     _xmlNode *root = get_root_object_from_doc_object(doc.get());
@@ -614,10 +626,9 @@ TAVI_METADATA_FAILURE_E load_movie(const OWNED_DOC_T &doc, bool aloud, DBDATA_MO
 RTSTATUS get_tavi_metadata_information_from_string(const INT8_T *string,
                                                    DBDATA_MOVIE_INFORMATION_T **movinfo) {
     constexpr bool ALOUD = true;
-    const TAVI_METADATA_FAILURE_E result =
-        string == nullptr || movinfo == nullptr
-            ? fail(TAVI_METADATA_INVALID_ARGUMENT, ALOUD)
-            : load_movie(OWNED_DOC_T(get_doc_object_from_string(string)), ALOUD, movinfo);
+    const TAVI_METADATA_FAILURE_E result = string == nullptr || movinfo == nullptr
+                                               ? fail(TAVI_METADATA_INVALID_ARGUMENT, ALOUD)
+                                               : load_movie(string, strlen(string), ALOUD, movinfo);
     return result == TAVI_METADATA_OK ? 0 : -1;
 }
 
@@ -628,7 +639,7 @@ RTSTATUS get_tavi_metadata_information_from_document(const void *document, INT32
     const TAVI_METADATA_FAILURE_E result =
         document == nullptr || length < 1 || movinfo == nullptr
             ? TAVI_METADATA_INVALID_ARGUMENT
-            : load_movie(OWNED_DOC_T(get_doc_object_from_memory(document, length)), ALOUD, movinfo);
+            : load_movie(document, static_cast<size_t>(length), ALOUD, movinfo);
     if (failure != nullptr)
         *failure = result;
     return result == TAVI_METADATA_OK ? 0 : -1;

@@ -1,0 +1,19 @@
+// Documents that are read once and given up at once: parsed by a parser that each thread uses again, with
+// its dictionary of names, and without the text that nobody is going to read.
+#ifndef TAVISYS_SUPPORT_XML_ONCE_H
+#define TAVISYS_SUPPORT_XML_ONCE_H
+
+#include <cstddef>
+
+#include "support_xml.h"
+
+extern "C" {
+
+// As get_doc_object_from_memory(), but the document belongs to this thread, which reads and frees it before
+// it ends. `containers` are the names of elements, NULL at the end, whose own text is left out, as is that of
+// the root: mostly the blanks that indent their children, half of a document's nodes.
+struct _xmlDoc *get_doc_object_to_read_once(const void *document, INT32_T length,
+                                            const INT8_T *const *containers);
+}
+
+#endif
