@@ -131,6 +131,11 @@ private:
     alignas(dirent64) std::array<char, size_t{64} * 1024> buffer_{};
 };
 
+SIGNATURE_T signature_of(const struct stat &status) {
+    return {status.st_ino, status.st_size, status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec,
+            status.st_ctim.tv_sec * 1000000000LL + status.st_ctim.tv_nsec};
+}
+
 // Calls work() in so many threads, this one among them, and waits until all have returned.
 template <class WORK>
 void share(size_t threads, WORK work) {
@@ -183,29 +188,52 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
     return library;
 }
 
-const char *DOCUMENT_READER_T::system_reason() {
-    const int error = errno;
-    snprintf(reason_, sizeof reason_, "%s", strerrordesc_np(error));
-    return reason_;
+DOCUMENT_READER_T::~DOCUMENT_READER_T() {
+    close();
+    if (folder_ >= 0)
+        ::close(folder_);
+}
+
+// The partition's folder stays open from one document to the next: the way to it is longer than the rest.
+bool DOCUMENT_READER_T::enter(const DOCUMENT_T &document) {
+    const size_t length = document.disk_length + 1 + document.partition_length;
+    if (folder_ < 0 || document.folder.compare(0, length, partition_) != 0) {
+        if (folder_ >= 0)
+            ::close(folder_);
+        partition_.assign(document.folder, 0, length);
+        path_.assign(root_).append("/").append(partition_);
+        folder_ = ::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    }
+    path_ = document.folder.size() > length ? document.folder.substr(length + 1) + "/" : "";
+    path_.append(DOCUMENT_NAME);
+    return folder_ >= 0;
+}
+
+bool DOCUMENT_READER_T::look(const DOCUMENT_T &document, SIGNATURE_T *signature) {
+    struct stat status {};
+    if (!enter(document) || fstatat(folder_, path_.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0 ||
+        !S_ISREG(status.st_mode))
+        return false;
+    *signature = signature_of(status);
+    return true;
 }
 
 const char *DOCUMENT_READER_T::open(const DOCUMENT_T &document, SIGNATURE_T *signature) {
     close();
-    path_.assign(root_).append("/").append(document.folder).append("/").append(DOCUMENT_NAME);
+    if (!enter(document))
+        return strerrordesc_np(errno);
     // Neither a link nor a pipe that nobody writes to may lead or hold the scan.
-    file_ = ::open(path_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    file_ = openat(folder_, path_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (file_ < 0)
-        return errno == ELOOP ? "是符号链接" : system_reason();
+        return errno == ELOOP ? "是符号链接" : strerrordesc_np(errno);
     struct stat status {};
     if (fstat(file_, &status) < 0)
-        return system_reason();
+        return strerrordesc_np(errno);
     if (!S_ISREG(status.st_mode))
         return "不是普通文件";
     if (status.st_size > LARGEST_DOCUMENT)
         return "超过4 MiB";
-    *signature = {status.st_ino, status.st_size,
-                  status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec,
-                  status.st_ctim.tv_sec * 1000000000LL + status.st_ctim.tv_nsec};
+    *signature = signature_of(status);
     buffer_.resize(std::max(buffer_.size(), static_cast<size_t>(status.st_size)));
     length_ = static_cast<size_t>(status.st_size);
     return nullptr;
@@ -218,7 +246,7 @@ const char *DOCUMENT_READER_T::read() {
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return system_reason();
+            return strerrordesc_np(errno);
         if (count == 0)
             break; // it has become shorter: what is there decides
         have += static_cast<size_t>(count);

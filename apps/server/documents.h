@@ -36,25 +36,28 @@ class DOCUMENT_READER_T {
 public:
     explicit DOCUMENT_READER_T(const std::string &root) : root_(root) {}
 
-    // Opens the document and tells its signature. Returns NULL, or why it can't be loaded.
+    // Tells the signature of a document without opening it. False when it can't be told: open() says why.
+    bool look(const DOCUMENT_T &document, SIGNATURE_T *signature);
+    // Opens the document and tells its signature. Returns NULL, or a static text: why it can't be loaded.
     const char *open(const DOCUMENT_T &document, SIGNATURE_T *signature);
-    // Reads the open document. Returns NULL, or why it can't be loaded.
+    // Reads the open document. Returns as open() does.
     const char *read();
     const char *data() const { return buffer_.data(); }
     INT32_T length() const { return static_cast<INT32_T>(length_); }
     void close();
-    ~DOCUMENT_READER_T() { close(); }
+    ~DOCUMENT_READER_T();
     DOCUMENT_READER_T(const DOCUMENT_READER_T &) = delete;
     DOCUMENT_READER_T &operator=(const DOCUMENT_READER_T &) = delete;
 
 private:
-    const char *system_reason();
+    bool enter(const DOCUMENT_T &document);
 
     const std::string &root_;
-    std::string path_;
+    std::string partition_; // whose folder is open
+    int folder_ = -1;
+    std::string path_; // of the document, from there
     std::vector<char> buffer_;
     size_t length_ = 0;
-    char reason_[128] = "";
     int file_ = -1;
 };
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <new>
+#include <string_view>
 #include <system_error>
+#include <unordered_set>
 
 #include "devices.h"
 #include "event_list.h"
@@ -18,6 +20,7 @@ namespace {
 
 using CLOCK_T = std::chrono::steady_clock;
 
+constexpr const char *SHORT_OF_MEMORY = "内存不足";
 constexpr size_t BATCH = 64; // documents that a parser takes at once
 constexpr auto LOOK_EVERY = std::chrono::milliseconds(50);
 constexpr auto PUBLISH_EVERY = std::chrono::milliseconds(250);
@@ -37,10 +40,6 @@ struct RELEASE_MOVIE_T {
     void operator()(DBDATA_MOVIE_INFORMATION_T *record) const { release_dbdata_movie_information(&record); }
 };
 using OWNED_MOVIE_T = std::unique_ptr<DBDATA_MOVIE_INFORMATION_T, RELEASE_MOVIE_T>;
-
-std::string key_of(const DBDATA_MOVIE_INFORMATION_T &movie) {
-    return std::string(movie.hddevname) + '/' + movie.ptdevname + '/' + movie.info->movie_code;
-}
 
 } // namespace
 
@@ -69,12 +68,18 @@ public:
     void publish() {
         scanner_->store_->publish(std::make_shared<const CATALOGUE_T>(movies_, library_.disks));
     }
-    std::unordered_map<std::string_view, MOVIE_PTR> by_folder() const {
-        std::unordered_map<std::string_view, MOVIE_PTR> result;
-        result.reserve(movies_.size());
-        for (const MOVIE_PTR &movie : movies_)
-            result.emplace(movie->folder, movie);
-        return result;
+    // Whether the library is what it was at the last scan.
+    bool found_nothing_new() const {
+        return known_ == movies_.size() && known_ == scanner_->loaded_.size() &&
+               library_.disks == scanner_->disks_;
+    }
+    // Leaves to the scanner what the next scan need not parse.
+    void hand_over() {
+        std::sort(movies_.begin(), movies_.end(),
+                  [](const MOVIE_PTR &left, const MOVIE_PTR &right) { return left->folder < right->folder; });
+        scanner_->loaded_ = std::move(movies_);
+        scanner_->refused_ = std::move(refused_);
+        scanner_->disks_ = std::move(library_.disks);
     }
 
 private:
@@ -100,11 +105,10 @@ private:
             for (size_t i = begin; i < end; i++) {
                 if (scanner_->stop_)
                     return;
-                OUTCOME_T outcome = scanner_->load(&reader, library_.documents[i]);
+                OUTCOME_T outcome = load(&reader, library_.documents[i]);
                 scanner_->store_->count(outcome.movie != nullptr);
                 const std::lock_guard lock(mutex_);
                 outcomes_[i] = std::move(outcome);
-                outcomes_[i].finished = true;
                 if (++finished_ == library_.documents.size())
                     changed_.notify_one();
             }
@@ -125,28 +129,68 @@ private:
             OUTCOME_T outcome;
             {
                 const std::lock_guard lock(mutex_);
-                if (!outcomes_[collected_].finished)
+                if (!outcomes_[collected_].finished())
                     return;
                 outcome = std::move(outcomes_[collected_]);
             }
-            keep(std::move(outcome), library_.documents[collected_], &partition_of_[collected_]->stat);
+            keep(std::move(outcome), library_.documents[collected_], partition_of_[collected_]);
         }
     }
 
-    void keep(OUTCOME_T outcome, const DOCUMENT_T &document, DBDATA_MOVIE_STAT_T *stat) {
-        if (outcome.movie != nullptr && !keys_.insert(key_of(*outcome.movie->record)).second) {
+    void keep(OUTCOME_T outcome, const DOCUMENT_T &document, PARTITION_T *partition) {
+        if (partition != current_) // a code may come again on another partition
+            codes_.clear();
+        current_ = partition;
+        if (outcome.movie != nullptr && !codes_.insert(outcome.movie->record->info->movie_code).second) {
             scanner_->store_->recount_as_failed();
-            outcome = {nullptr, "同一分区上已有相同影片编码的影片", true};
+            outcome = {nullptr, "同一分区上已有相同影片编码的影片"};
         }
         if (outcome.movie != nullptr) {
             movies_.push_back(std::move(outcome.movie));
-            stat->parseok_movies++;
+            partition->stat.parseok_movies++;
             return;
         }
-        stat->parseerr_movies++;
+        partition->stat.parseerr_movies++;
         scanner_->progress_.hide();
         SERVER_WARN("跳过影片 %s/%s/metadata.xml: %s", scanner_->root_.c_str(), document.folder.c_str(),
-                    outcome.reason.c_str());
+                    outcome.reason);
+    }
+
+    OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) try {
+        SIGNATURE_T signature;
+        if (scanner_->scans_ > 0 && reader->look(document, &signature))
+            if (OUTCOME_T outcome = scanner_->known(document, signature); outcome.finished()) {
+                if (outcome.movie == nullptr)
+                    refuse(document, signature, outcome.reason);
+                else
+                    known_++;
+                return outcome;
+            }
+        if (const char *reason = reader->open(document, &signature); reason != nullptr)
+            return {nullptr, reason};
+        if (const char *reason = reader->read(); reason != nullptr)
+            return {nullptr, reason};
+        scanner_->parsed_++;
+        DBDATA_MOVIE_INFORMATION_T *record = nullptr;
+        TAVI_METADATA_FAILURE_E failure = TAVI_METADATA_OK;
+        if (get_tavi_metadata_information_from_document(reader->data(), reader->length(), &record, &failure) <
+            0) {
+            const char *reason = get_tavi_metadata_failure_text(failure);
+            const bool final = failure != TAVI_METADATA_MEMORY && failure != TAVI_METADATA_NO_CATEGORY;
+            return final ? refuse(document, signature, reason) : OUTCOME_T{nullptr, reason};
+        }
+        const OWNED_MOVIE_T owned(record);
+        if (!set_position(record, document))
+            return {nullptr, SHORT_OF_MEMORY};
+        return {std::make_shared<const MOVIE_T>(*record, document.folder, signature)};
+    } catch (const std::bad_alloc &) {
+        return {nullptr, SHORT_OF_MEMORY};
+    }
+
+    OUTCOME_T refuse(const DOCUMENT_T &document, const SIGNATURE_T &signature, const char *reason) {
+        const std::lock_guard lock(mutex_);
+        refused_.insert_or_assign(document.folder, REFUSAL_T{signature, reason});
+        return {nullptr, reason};
     }
 
     void publish_if_due() {
@@ -168,10 +212,13 @@ private:
     std::condition_variable changed_;
     std::vector<OUTCOME_T> outcomes_;
     size_t finished_ = 0;
+    REFUSALS_T refused_;
+    std::atomic<size_t> known_ = 0; // movies that need not be parsed
 
     size_t collected_ = 0;
     std::vector<MOVIE_PTR> movies_;
-    std::unordered_set<std::string> keys_;
+    const PARTITION_T *current_ = nullptr;       // of the last collected document
+    std::unordered_set<std::string_view> codes_; // on it
     CLOCK_T::time_point published_at_ = CLOCK_T::now();
     CLOCK_T::duration last_cost_{};
 };
@@ -231,9 +278,11 @@ void SCANNER_T::scan() {
     if (stop_)
         return;
     store_->enter(SYSRUN_STATUS_READY);
-    scan.publish();
-    loaded_ = scan.by_folder();
+    if (scans_ == 0 || !scan.found_nothing_new())
+        scan.publish();
+    scan.hand_over();
     store_->enter(SYSRUN_STATUS_RUNNING);
+    scans_++;
 
     const auto status = store_->status();
     const std::chrono::duration<double> took = CLOCK_T::now() - begun;
@@ -241,30 +290,16 @@ void SCANNER_T::scan() {
                   status.parseok_movies, status.parseerr_movies, took.count());
 }
 
-MOVIE_PTR SCANNER_T::known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const {
-    const auto found = loaded_.find(document.folder);
-    return found != loaded_.end() && found->second->signature == signature ? found->second : nullptr;
-}
-
-SCANNER_T::OUTCOME_T SCANNER_T::load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) const try {
-    SIGNATURE_T signature;
-    if (const char *reason = reader->open(document, &signature); reason != nullptr)
-        return {nullptr, reason};
-    if (MOVIE_PTR movie = known(document, signature); movie != nullptr)
-        return {std::move(movie), ""};
-    if (const char *reason = reader->read(); reason != nullptr)
-        return {nullptr, reason};
-
-    DBDATA_MOVIE_INFORMATION_T *record = nullptr;
-    TAVI_METADATA_FAILURE_E failure = TAVI_METADATA_OK;
-    if (get_tavi_metadata_information_from_document(reader->data(), reader->length(), &record, &failure) < 0)
-        return {nullptr, get_tavi_metadata_failure_text(failure)};
-    const OWNED_MOVIE_T owned(record);
-    if (!set_position(record, document))
-        return {nullptr, "内存不足"};
-    return {std::make_shared<const MOVIE_T>(*record, document.folder, signature), ""};
-} catch (const std::bad_alloc &) {
-    return {nullptr, "内存不足"};
+SCANNER_T::OUTCOME_T SCANNER_T::known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const {
+    const auto movie =
+        std::lower_bound(loaded_.begin(), loaded_.end(), document.folder,
+                         [](const MOVIE_PTR &of, const std::string &folder) { return of->folder < folder; });
+    if (movie != loaded_.end() && (*movie)->folder == document.folder && (*movie)->signature == signature)
+        return {*movie};
+    const auto refusal = refused_.find(document.folder);
+    if (refusal != refused_.end() && refusal->second.signature == signature)
+        return {nullptr, refusal->second.reason};
+    return {};
 }
 
 } // namespace server

@@ -9,7 +9,6 @@
 #include <string>
 #include <thread>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "documents.h"
@@ -30,20 +29,28 @@ public:
     void rescan(); // one more scan; requests during a scan are answered by one more scan after it
     void stop();
 
+    size_t scans() const { return scans_; }   // finished
+    size_t parsed() const { return parsed_; } // documents since the start
+
 private:
     // What one document has become. Filled by one parser, read by the scan's thread.
     struct OUTCOME_T {
-        MOVIE_PTR movie;    // NULL when it failed
-        std::string reason; // why it failed
-        bool finished = false;
+        MOVIE_PTR movie;              // NULL when it failed
+        const char *reason = nullptr; // why it failed: a static text
+        bool finished() const { return movie != nullptr || reason != nullptr; }
     };
+    // A document that could be read but not loaded.
+    struct REFUSAL_T {
+        SIGNATURE_T signature;
+        const char *reason;
+    };
+    using REFUSALS_T = std::unordered_map<std::string, REFUSAL_T>; // by folder
     class SCAN_T;
 
     void run();
     bool wait_for_request();
     void scan();
-    MOVIE_PTR known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const;
-    OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) const;
+    OUTCOME_T known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const;
 
     const std::string root_;
     const std::string machine_;
@@ -57,9 +64,14 @@ private:
     std::atomic<bool> stop_ = false;
     std::thread thread_;
 
-    // The movies of the last scan by folder: a document that hasn't changed is not parsed again, and its
-    // movie keeps its id. Changed between scans only, so parsers read it without a lock.
-    std::unordered_map<std::string_view, MOVIE_PTR> loaded_;
+    std::atomic<size_t> scans_ = 0;
+    std::atomic<size_t> parsed_ = 0;
+
+    // What the last scan found: a document that hasn't changed is not parsed again, and its movie keeps its
+    // id. Changed between scans only, so parsers read it without a lock.
+    std::vector<MOVIE_PTR> loaded_; // by folder
+    REFUSALS_T refused_;
+    std::vector<DISK_T> disks_;
 };
 
 } // namespace server
