@@ -276,20 +276,20 @@ void query_categories(benchmark::State &state, size_t size) {
         [&](int) { benchmark::DoNotOptimize(world.sqlite().category_list()); });
 }
 
-// SQLite is told the numbers of the posters. Of what is drawn, no two draws are the same.
+// SQLite is told the numbers of the posters, as many as the server draws on its own.
 void query_posters(benchmark::State &state, size_t size) {
     WORLD_T &world = world_of(size);
     std::set<std::string> posters;
     for (const auto position : world.catalogue()->with_poster())
         posters.insert(std::string(world.catalogue()->movies()[position]->folder) + "/" +
                        world.catalogue()->movies()[position]->record->posters->big);
-    std::vector<int64_t> numbers(REQUESTS);
-    for (int64_t &number : numbers) {
+    std::vector<int64_t> numbers(size_t{128} * REQUESTS);
+    for (int64_t &number : numbers)
         number = 1 + static_cast<int64_t>(world.below(static_cast<size_t>(world.sqlite().posters())));
+    for (size_t i = 0; i < REQUESTS; i++)
         if (!posters.contains(ask(TAVISYS_MSGTYPE_REQUEST_RANDOM_BASIC_MOVIE_INFO, nullptr, 0)) ||
-            !posters.contains(world.sqlite().poster(number)))
+            !posters.contains(world.sqlite().poster(numbers[i])))
             return state.SkipWithError("no poster of the catalogue");
-    }
     measure(
         state, numbers,
         [](int64_t) { ask_in_passing<char>(TAVISYS_MSGTYPE_REQUEST_RANDOM_BASIC_MOVIE_INFO, nullptr); },

@@ -107,9 +107,10 @@ TAVISYS_API void
 add_node_to_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list,
                                                  TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node);
 
-/** Append a node unless a movie of the same code, in upper or lower case, is in the list. A duplicate is
- *  logged at INFO and deleted, with its record and whatever is chained behind it: the caller's pointer
- *  must not be used afterwards, whichever way it went. NULL arguments are ignored. */
+/** Append a node unless a movie of the same code, in upper or lower case, is in the list. It compares every
+ *  movie in the list: n appends cost n squared. A duplicate is logged at INFO and deleted, with its record
+ *  and whatever is chained behind it: the caller's pointer must not be used afterwards, whichever way it
+ *  went. NULL arguments are ignored. */
 TAVISYS_API void
 add_touchscreen_node_to_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list,
                                                              TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node);
