@@ -270,7 +270,8 @@ void SQLITE_CATALOGUE_T::fill_menus(const ASK_T &ask, INT32_T cid) {
         const TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T request{type, cid};
         const std::string body = ask(TAVISYS_MSGTYPE_REQUEST_FILTER_INFO_LIST, &request, sizeof request);
         TP_TAVISYS_FILTER_INFORMATION_LIST_T *list = nullptr;
-        decode_tavisys_filter_information_list_from_message(body.data(), static_cast<INT32_T>(body.size()), &list);
+        decode_tavisys_filter_information_list_from_message(body.data(), static_cast<INT32_T>(body.size()),
+                                                            &list);
         int64_t place = 0;
         for_each(list, [&](const auto &entry) {
             menu.bind(1, int64_t{type});

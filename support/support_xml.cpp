@@ -101,8 +101,17 @@ bool is_in_container(const xmlParserCtxt &context) {
     return *name != nullptr;
 }
 
+bool is_blank(const xmlChar *text, int length) {
+    int at = 0;
+    while (at < length && (text[at] == ' ' || (text[at] >= '\t' && text[at] <= '\r')))
+        at++;
+    return at == length;
+}
+
+// A container has no other text but blanks, if it is as it should be: a text that isn't blank is kept without
+// asking whose it is.
 void keep_text_of_values(void *parser, const xmlChar *text, int length) {
-    if (!is_in_container(*static_cast<xmlParserCtxt *>(parser)))
+    if (!is_blank(text, length) || !is_in_container(*static_cast<xmlParserCtxt *>(parser)))
         xmlSAX2Characters(parser, text, length);
 }
 
@@ -219,11 +228,34 @@ xmlNode *get_next_object_of_same_tagname(xmlNode *object) {
 
 RTSTATUS get_value_from_next_layer_object_by_tagname_and_index(xmlNode *parent, const INT8_T *tagname,
                                                                INT32_T index, INT8_T *buffer, INT32_T size) {
-    if (buffer == nullptr || size < 1)
+    return get_value_of_object(get_object_from_next_layer_xml_object_by_tagname(parent, tagname, index),
+                               buffer, size);
+}
+
+RTSTATUS get_value_of_object(const xmlNode *object, INT8_T *buffer, INT32_T size) {
+    if (object == nullptr || buffer == nullptr || size < 1)
         return -1;
-    const xmlNode *element = get_object_from_next_layer_xml_object_by_tagname(parent, tagname, index);
-    if (element == nullptr)
-        return -1;
-    copy_text(element, buffer, static_cast<size_t>(size));
+    copy_text(object, buffer, static_cast<size_t>(size));
     return 0;
+}
+
+// Children mostly come in the order of the names: the search for one begins behind the name of the one
+// before.
+void get_first_objects_from_next_layer_by_tagnames(xmlNode *parent, const INT8_T *const *names,
+                                                   xmlNode **children) {
+    size_t count = 0;
+    for (; names[count] != nullptr; count++)
+        children[count] = nullptr;
+    size_t next = 0;
+    for (xmlNode *child = parent == nullptr ? nullptr : parent->children; child != nullptr;
+         child = child->next)
+        for (size_t tried = 0; tried < count; tried++) {
+            const size_t at = (next + tried) % count;
+            if (!has_name(child, names[at]))
+                continue;
+            if (children[at] == nullptr)
+                children[at] = child;
+            next = at + 1;
+            break;
+        }
 }

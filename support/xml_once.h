@@ -1,5 +1,5 @@
 // Documents that are read once and given up at once: parsed by a parser that each thread uses again, with
-// its dictionary of names, and without the text that nobody is going to read.
+// its dictionary of names, and without the blanks that nobody is going to read.
 #ifndef TAVISYS_SUPPORT_XML_ONCE_H
 #define TAVISYS_SUPPORT_XML_ONCE_H
 
@@ -14,6 +14,14 @@ extern "C" {
 // the root: mostly the blanks that indent their children, half of a document's nodes.
 struct _xmlDoc *get_doc_object_to_read_once(const void *document, INT32_T length,
                                             const INT8_T *const *containers);
+
+// Finds the first child of each name in one walk over the children. `names`: NULL at the end; `children` has
+// room for as many and receives NULL for a name that no child has. A NULL parent has no children.
+void get_first_objects_from_next_layer_by_tagnames(struct _xmlNode *parent, const INT8_T *const *names,
+                                                   struct _xmlNode **children);
+
+// As get_value_from_next_layer_object_by_tagname_and_index() of an element that has been found.
+RTSTATUS get_value_of_object(const struct _xmlNode *object, INT8_T *buffer, INT32_T size);
 }
 
 #endif

@@ -95,6 +95,10 @@ def main():
     objects = {re.sub(r"^.*tavisys_objects\.dir/(\./)?", "", path): read_object(path) for path in sys.argv[2:]}
     headers = "".join(header.read_text() for header in source.glob("include/support_*.h"))
     declared = set(re.findall(r"TAVISYS_API[^;(]*?(\w+)\s*\(", headers))
+    # What the layers above share with it alone: functions of C linkage, so that their symbols are their names.
+    for header in source.glob("support/*.h"):
+        for block in re.findall(r'extern "C" \{(.*?)\n\}', header.read_text(), re.S):
+            declared |= set(re.findall(r"^\w[\w *]*?(\w+)\(", block, re.M))
     found = complaints(objects, declared)
     public = {header.name for header in source.glob("include/*.h")}
     public |= {f"common/{header.name}" for header in source.glob("apps/common/*.h")}  # the programs' own

@@ -89,9 +89,41 @@ constexpr bool failures_stand_at_their_number() {
 static_assert(failures_stand_at_their_number());
 
 // The elements that hold others: their own text is never read.
-constexpr const INT8_T *CONTAINERS[] = {"movie", "dimension_info", "resolution_info", "kinds",    "kind",
-                                        "areas", "area",           "directors",       "director", "actors",
-                                        "actor", "poster",         "videos",          "video",    nullptr};
+constexpr const INT8_T *CONTAINERS[] = {
+    "kind",   "actor",     "director", "area",   "video",          "movie",           "poster", "kinds",
+    "actors", "directors", "areas",    "videos", "dimension_info", "resolution_info", nullptr};
+
+// The children of the root, in the order in which documents mostly have them.
+enum CHILD_E {
+    MOVIE,
+    IMDB_VALUE,
+    INDEX,
+    DIMENSION_INFO,
+    RESOLUTION_INFO,
+    CATEGORY,
+    KINDS,
+    AREAS,
+    DIRECTORS,
+    ACTORS,
+    PUT_TIME,
+    PUBLISH_TIME,
+    DURATION,
+    POSTER,
+    POSTER_TV_B,
+    POSTER_TV_M,
+    POSTER_TV_S,
+    DETAILED_DESC,
+    DESCRIPTION,
+    EPISODES,
+    VIDEOS,
+    CHILDREN
+};
+constexpr const INT8_T *CHILD_NAMES[] = {
+    "movie",       "imdb_value", "index",       "dimension_info", "resolution_info", "category",
+    "kinds",       "areas",      "directors",   "actors",         "put_time",        "publish_time",
+    "duration",    "poster",     "poster_tv_b", "poster_tv_m",    "poster_tv_s",     "detailed_desc",
+    "description", "episodes",   "videos",      nullptr};
+static_assert(std::size(CHILD_NAMES) == CHILDREN + 1);
 
 struct FREE_DOC_T {
     void operator()(_xmlDoc *doc) const { free_doc_object(doc); }
@@ -101,7 +133,7 @@ using OWNED_MOVIE_T = OWNED_T<DBDATA_MOVIE_INFORMATION_T, release_dbdata_movie_i
 
 // One document on its way into a record, and whether that is told.
 struct PARSER_T {
-    _xmlNode *root;
+    _xmlNode *children[CHILDREN]; // NULL for those that the document lacks
     DBDATA_MOVIE_INFORMATION_T *info;
     bool aloud;
 
@@ -152,6 +184,7 @@ struct VALUE_T {
         return get_value_from_next_layer_object_by_tagname_and_index(parent, tagname, 0, text, VALUE_SIZE) ==
                0;
     }
+    bool read(const _xmlNode *element) { return get_value_of_object(element, text, VALUE_SIZE) == 0; }
     INT8_T *stripped() { return strip_char_space_and_return_from_string(text); }
 };
 
@@ -193,9 +226,9 @@ INT32_T date_of(const INT8_T *text) {
 }
 
 // A text without a number leaves the field as it is and passes; an empty one does not.
-bool store_number(_xmlNode *parent, const INT8_T *tagname, INT32_T *field) {
+bool store_number(const _xmlNode *element, INT32_T *field) {
     VALUE_T value;
-    if (!value.read(parent, tagname))
+    if (!value.read(element))
         return false;
     const INT8_T *text = value.text;
     while (isspace(static_cast<unsigned char>(*text)) != 0)
@@ -206,9 +239,9 @@ bool store_number(_xmlNode *parent, const INT8_T *tagname, INT32_T *field) {
     return true;
 }
 
-bool store_stripped(_xmlNode *parent, const INT8_T *tagname, INT8_T *&field) {
+bool store_stripped(const _xmlNode *element, INT8_T *&field) {
     VALUE_T value;
-    return value.read(parent, tagname) && store_copy(field, value.stripped());
+    return value.read(element) && store_copy(field, value.stripped());
 }
 
 // Adds a node by the family's own rule; a duplicate, which nobody else holds, is deleted.
@@ -274,7 +307,7 @@ bool read_children(_xmlNode *parent, const INT8_T *tagname, READ read) {
 }
 
 bool parse_basic_information(const PARSER_T &parser) {
-    _xmlNode *movie = child_of(parser.root, "movie");
+    _xmlNode *movie = parser.children[MOVIE];
     VALUE_T code;
     VALUE_T name_ch;
     VALUE_T name_en;
@@ -286,12 +319,12 @@ bool parse_basic_information(const PARSER_T &parser) {
 }
 
 bool parse_imdb_value(const PARSER_T &parser) {
-    return store_stripped(parser.root, "imdb_value", parser.info->imdbvalue);
+    return store_stripped(parser.children[IMDB_VALUE], parser.info->imdbvalue);
 }
 
 bool parse_index(const PARSER_T &parser) {
     VALUE_T value;
-    if (!value.read(parser.root, "index"))
+    if (!value.read(parser.children[INDEX]))
         return false;
     skip_nonchar_and_nonnum_in_string(value.text);
     parser.info->acronym = safe_strdup(value.stripped());
@@ -299,7 +332,6 @@ bool parse_index(const PARSER_T &parser) {
 }
 
 struct SINGLE_ATTRIBUTE_T {
-    const INT8_T *element;
     const INT8_T *id;
     const INT8_T *name;
     INT32_T default_id;
@@ -308,11 +340,10 @@ struct SINGLE_ATTRIBUTE_T {
 
 // The value for all, then the document's own or the default one. What finds no memory is left out.
 template <class NODE>
-void parse_single_attribute(_xmlNode *root, const SINGLE_ATTRIBUTE_T &attribute, NODE **list,
+void parse_single_attribute(_xmlNode *element, const SINGLE_ATTRIBUTE_T &attribute, NODE **list,
                             NODE *(*create_node)(INT32_T, const INT8_T *, PVOID),
                             RTSTATUS (*add)(NODE **, NODE *), void (*delete_node)(NODE **)) {
     add_or_delete(list, create_node(0, ALL, nullptr), add, delete_node);
-    _xmlNode *element = child_of(root, attribute.element);
     VALUE_T id;
     VALUE_T name;
     const INT32_T number = id.read(element, attribute.id) ? number_of(id.text) : attribute.default_id;
@@ -321,8 +352,8 @@ void parse_single_attribute(_xmlNode *root, const SINGLE_ATTRIBUTE_T &attribute,
 }
 
 bool parse_dimensions(const PARSER_T &parser) {
-    constexpr SINGLE_ATTRIBUTE_T DIMENSION = {"dimension_info", "dimension_id", "dimension_name", 0, "2D"};
-    parse_single_attribute(parser.root, DIMENSION, &parser.info->dimension_list,
+    constexpr SINGLE_ATTRIBUTE_T DIMENSION = {"dimension_id", "dimension_name", 0, "2D"};
+    parse_single_attribute(parser.children[DIMENSION_INFO], DIMENSION, &parser.info->dimension_list,
                            create_dbdata_dimension_information_list_node_ex,
                            add_node_to_dbdata_dimension_information_list,
                            delete_dbdata_dimension_information_list_node);
@@ -330,9 +361,8 @@ bool parse_dimensions(const PARSER_T &parser) {
 }
 
 bool parse_resolutions(const PARSER_T &parser) {
-    constexpr SINGLE_ATTRIBUTE_T RESOLUTION = {"resolution_info", "resolution_id", "resolution_name", 2,
-                                               "BD"};
-    parse_single_attribute(parser.root, RESOLUTION, &parser.info->resolution_list,
+    constexpr SINGLE_ATTRIBUTE_T RESOLUTION = {"resolution_id", "resolution_name", 2, "BD"};
+    parse_single_attribute(parser.children[RESOLUTION_INFO], RESOLUTION, &parser.info->resolution_list,
                            create_dbdata_resolution_information_list_node_ex,
                            add_node_to_dbdata_resolution_information_list,
                            delete_dbdata_resolution_information_list_node);
@@ -349,7 +379,7 @@ const INT8_T *correct_category_name(const INT8_T *name) {
 
 bool parse_category(const PARSER_T &parser) {
     VALUE_T value;
-    if (!value.read(parser.root, "category"))
+    if (!value.read(parser.children[CATEGORY]))
         return false;
     parser.info->category_list =
         create_dbdata_category_information_list_node_ex(correct_category_name(value.stripped()), nullptr);
@@ -365,7 +395,7 @@ INT32_T category_id(const PARSER_T &parser) {
 }
 
 bool parse_kinds(const PARSER_T &parser) {
-    _xmlNode *kinds = child_of(parser.root, "kinds");
+    _xmlNode *kinds = parser.children[KINDS];
     if (kinds == nullptr)
         return false;
     KEYED_LIST_T<DBDATA_KIND_INFORMATION_LIST_T, &DBDATA_KIND_INFORMATION_T::name,
@@ -408,7 +438,7 @@ bool add_3d_kind(const PARSER_T &parser) {
 }
 
 bool parse_areas(const PARSER_T &parser) {
-    _xmlNode *areas = child_of(parser.root, "areas");
+    _xmlNode *areas = parser.children[AREAS];
     if (areas == nullptr)
         return false;
     KEYED_LIST_T<DBDATA_AREA_INFORMATION_LIST_T, &DBDATA_AREA_INFORMATION_T::name,
@@ -424,7 +454,7 @@ bool parse_areas(const PARSER_T &parser) {
 }
 
 struct PERSON_TAGS_T {
-    const INT8_T *list;
+    CHILD_E list;
     const INT8_T *person;
     const INT8_T *code;
     const INT8_T *name;
@@ -432,7 +462,7 @@ struct PERSON_TAGS_T {
 
 template <class LIST, class CREATE_NODE>
 bool parse_persons(const PARSER_T &parser, const PERSON_TAGS_T &tags, LIST list, CREATE_NODE create_node) {
-    _xmlNode *persons = child_of(parser.root, tags.list);
+    _xmlNode *persons = parser.children[tags.list];
     return persons != nullptr && read_children(persons, tags.person, [&](_xmlNode *person) {
                VALUE_T code;
                VALUE_T name;
@@ -444,27 +474,27 @@ bool parse_persons(const PARSER_T &parser, const PERSON_TAGS_T &tags, LIST list,
 bool parse_directors(const PARSER_T &parser) {
     using LIST_T = KEYED_LIST_T<DBDATA_DIRECTOR_INFORMATION_LIST_T, &DBDATA_DIRECTOR_INFORMATION_T::code,
                                 delete_dbdata_director_information_list_node>;
-    return parse_persons(parser, {"directors", "director", "director_code", "director_name"},
+    return parse_persons(parser, {DIRECTORS, "director", "director_code", "director_name"},
                          LIST_T(parser.info->director_list), create_dbdata_director_information_list_node_ex);
 }
 
 bool parse_actors(const PARSER_T &parser) {
     using LIST_T = KEYED_LIST_T<DBDATA_ACTOR_INFORMATION_LIST_T, &DBDATA_ACTOR_INFORMATION_T::code,
                                 delete_dbdata_actor_information_list_node>;
-    return parse_persons(parser, {"actors", "actor", "actor_code", "actor_name"},
+    return parse_persons(parser, {ACTORS, "actor", "actor_code", "actor_name"},
                          LIST_T(parser.info->actor_list), create_dbdata_actor_information_list_node_ex);
 }
 
 bool parse_put_time(const PARSER_T &parser) {
     VALUE_T value;
-    const bool given = value.read(parser.root, "put_time");
+    const bool given = value.read(parser.children[PUT_TIME]);
     parser.info->put_time = given ? date_of(value.stripped()) : DEFAULT_DATE;
     return true;
 }
 
 bool parse_publish_time(const PARSER_T &parser) {
     VALUE_T value;
-    if (!value.read(parser.root, "publish_time"))
+    if (!value.read(parser.children[PUBLISH_TIME]))
         return false;
     parser.info->publish_time = date_of(value.stripped());
     return true;
@@ -479,11 +509,11 @@ bool add_years(const PARSER_T &parser) {
 }
 
 bool parse_duration(const PARSER_T &parser) {
-    return store_number(parser.root, "duration", &parser.info->duration);
+    return store_number(parser.children[DURATION], &parser.info->duration);
 }
 
 bool parse_posters(const PARSER_T &parser) {
-    _xmlNode *poster = child_of(parser.root, "poster");
+    _xmlNode *poster = parser.children[POSTER];
     VALUE_T big;
     VALUE_T middle;
     VALUE_T small;
@@ -497,8 +527,8 @@ bool store_tv_posters(const PARSER_T &parser) {
     VALUE_T big;
     VALUE_T middle;
     VALUE_T small;
-    if (!big.read(parser.root, "poster_tv_b") || !middle.read(parser.root, "poster_tv_m") ||
-        !small.read(parser.root, "poster_tv_s"))
+    if (!big.read(parser.children[POSTER_TV_B]) || !middle.read(parser.children[POSTER_TV_M]) ||
+        !small.read(parser.children[POSTER_TV_S]))
         return false;
     DBDATA_POSTER_INFORMATION_T &posters = *parser.info->posters;
     return store_copy(posters.tv_big, big.text) && store_copy(posters.tv_middle, middle.text) &&
@@ -513,24 +543,23 @@ bool parse_tv_posters(const PARSER_T &parser) {
 
 bool parse_detailed_description(const PARSER_T &parser) {
     INT8_T text[DESCRIPTION_SIZE];
-    const bool given = get_value_from_next_layer_object_by_tagname_and_index(parser.root, "detailed_desc", 0,
-                                                                             text, DESCRIPTION_SIZE) == 0;
+    const bool given = get_value_of_object(parser.children[DETAILED_DESC], text, DESCRIPTION_SIZE) == 0;
     if (!given || !store_copy(parser.info->description, strip_char_space_and_return_from_string(text)))
         tell_lack(parser, parser.info->description, "解析详细内容出错");
     return true;
 }
 
 bool parse_summary(const PARSER_T &parser) {
-    return store_stripped(parser.root, "description", parser.info->summary);
+    return store_stripped(parser.children[DESCRIPTION], parser.info->summary);
 }
 
 bool parse_episodes(const PARSER_T &parser) {
-    return store_number(parser.root, "episodes", &parser.info->episodes);
+    return store_number(parser.children[EPISODES], &parser.info->episodes);
 }
 
 bool parse_videos(const PARSER_T &parser) {
     TAIL_T<DBDATA_VIDEO_INFORMATION_LIST_T> list;
-    const bool complete = read_children(child_of(parser.root, "videos"), "video", [&](_xmlNode *video) {
+    const bool complete = read_children(parser.children[VIDEOS], "video", [&](_xmlNode *video) {
         VALUE_T seqno;
         VALUE_T name;
         VALUE_T filepath;
@@ -610,7 +639,8 @@ TAVI_METADATA_FAILURE_E load_movie(const void *document, size_t length, bool alo
     if (movie == nullptr)
         return fail(TAVI_METADATA_MEMORY, aloud);
 
-    const PARSER_T parser{root, movie.get(), aloud};
+    PARSER_T parser{{}, movie.get(), aloud};
+    get_first_objects_from_next_layer_by_tagnames(root, CHILD_NAMES, parser.children);
     const TAVI_METADATA_FAILURE_E failure = parse_tavi_metadata_from_object(parser);
     if (failure == TAVI_METADATA_OK) {
         *movinfo = movie.release();
