@@ -1,13 +1,17 @@
 #include "support_xml.h"
 
-#include "support/xml_once.h"
-
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <libxml/SAX2.h>
 #include <libxml/dict.h>
+#include <libxml/globals.h>
 #include <libxml/parser.h>
+#include <libxml/threads.h>
 #include <memory>
+#include <mutex>
+
+#include "support/xml_once.h"
 
 namespace {
 
@@ -33,27 +37,62 @@ void refuse_unparsed_entity(void *parser, const xmlChar *, const xmlChar *, cons
     xmlStopParser(static_cast<xmlParserCtxt *>(parser));
 }
 
-// Before anything else of libxml2, whose own start is not safe for threads.
-void start_library() {
-    static const bool STARTED = (xmlInitParser(), true);
-    static_cast<void>(STARTED);
-}
-
-// Keeps this thread's failures to itself: those of an encoding reach neither the context nor its options,
-// but go to the handler of the thread, which is the host's own.
-class SILENCE_T {
+// Listens to this thread's failures and keeps them to itself: those of an encoding or of the tree reach
+// neither the context nor its options, but go to the handler of the thread, which is the host's own.
+class LISTENER_T {
 public:
-    SILENCE_T() {
-        xmlSetStructuredErrorFunc(nullptr, [](void *, auto *) {});
+    LISTENER_T() { xmlSetStructuredErrorFunc(this, hear); }
+    ~LISTENER_T() {
+        if (xmlLastError.code != XML_ERR_OK)
+            xmlResetLastError();
+        xmlSetStructuredErrorFunc(context_, handler_);
     }
-    ~SILENCE_T() { xmlSetStructuredErrorFunc(context_, handler_); }
-    SILENCE_T(const SILENCE_T &) = delete;
-    SILENCE_T &operator=(const SILENCE_T &) = delete;
+    LISTENER_T(const LISTENER_T &) = delete;
+    LISTENER_T &operator=(const LISTENER_T &) = delete;
+    bool is_memory_short() const { return is_memory_short_; }
 
 private:
+    static void hear(void *self, xmlError *error) {
+        if (error != nullptr && error->code == XML_ERR_NO_MEMORY)
+            static_cast<LISTENER_T *>(self)->is_memory_short_ = true;
+    }
+
     xmlStructuredErrorFunc handler_ = xmlStructuredError;
     void *context_ = xmlStructuredErrorContext;
+    bool is_memory_short_ = false;
 };
+
+// libxml2 keeps a state for each thread but the first and goes on without it, into a crash, when memory is
+// short: whoever finds no room for it must stay out. That there is room is seen first, in a block that
+// malloc() gives back to all sizes, since without any libxml2 never comes back from saying so.
+bool has_thread_state() {
+#if LIBXML_VERSION < 21200
+    if (xmlIsMainThread() != 0)
+        return true;
+    constexpr size_t ROOM = 4 * sizeof(xmlGlobalState);
+    void *const volatile room = malloc(ROOM); // volatile: a compiler may leave out what nobody looks at
+    free(room);
+    return room != nullptr && xmlGetGlobalState() != nullptr;
+#else
+    return true;
+#endif
+}
+
+// Before anything else of libxml2, whose own start is not safe for threads. A start that was short of memory
+// is undone, for another attempt: libxml2 would take it for done and lack encodings from then on.
+bool start_library() {
+    static std::mutex s_mutex;
+    static bool s_is_started = false;
+    const std::lock_guard<std::mutex> lock(s_mutex);
+    if (s_is_started)
+        return true;
+    const LISTENER_T listener;
+    xmlInitParser();
+    s_is_started = !listener.is_memory_short();
+    if (!s_is_started)
+        xmlCleanupParser();
+    return s_is_started;
+}
 
 // A stopped parser hands out the tree as far as it came, as if the document ended there.
 bool stopped(const xmlParserCtxt &context) {
@@ -82,13 +121,15 @@ xmlNode *first_of_name(xmlNode *node, const INT8_T *tagname) {
     return node;
 }
 
-// Takes over what has been parsed.
-xmlDoc *parse(xmlParserCtxt *context, const void *document, INT32_T length) {
+// What has been parsed, if nothing of it is missing.
+OWNED_DOC_T parse(xmlParserCtxt *context, const void *document, INT32_T length, const LISTENER_T &listener) {
     if (context == nullptr)
         return nullptr;
     OWNED_DOC_T doc{xmlCtxtReadMemory(context, static_cast<const char *>(document), length, nullptr, nullptr,
                                       PARSE_OPTIONS)};
-    return stopped(*context) ? nullptr : doc.release();
+    if (stopped(*context) || listener.is_memory_short())
+        doc.reset();
+    return doc;
 }
 
 // The context's own data are the names of the containers.
@@ -116,7 +157,8 @@ void keep_text_of_values(void *parser, const xmlChar *text, int length) {
 }
 
 // What a thread's parser may remember: the names of ordinary documents are few. A document that is out of the
-// ordinary gets a parser of its own, so that what it makes of its parser doesn't stay.
+// ordinary gets a parser of its own, so that what it makes of its parser doesn't stay; nor does the parser of
+// one that failed, maybe for want of memory.
 constexpr size_t MOST_NAMES_KEPT = 64 * 1024; // bytes
 constexpr INT32_T LARGEST_ORDINARY = 64 * 1024;
 
@@ -172,26 +214,26 @@ xmlDoc *get_doc_object_from_string(const INT8_T *string) {
 xmlDoc *get_doc_object_from_memory(const void *document, INT32_T length) {
     if (document == nullptr || length < 1)
         return nullptr;
-    start_library();
-    const SILENCE_T silence;
-    return parse(create_parser().get(), document, length);
+    if (!has_thread_state() || !start_library())
+        return nullptr;
+    const LISTENER_T listener;
+    return parse(create_parser().get(), document, length, listener).release();
 }
 
 xmlDoc *get_doc_object_to_read_once(const void *document, INT32_T length, const INT8_T *const *containers) {
-    if (document == nullptr || length < 1)
+    if (document == nullptr || length < 1 || !has_thread_state() || !start_library())
         return nullptr;
-    start_library();
     thread_local OWNED_CONTEXT_T kept;
-    const SILENCE_T silence;
+    const LISTENER_T listener;
     OWNED_CONTEXT_T context =
         kept != nullptr && length <= LARGEST_ORDINARY ? std::move(kept) : create_parser_of_values();
     if (context == nullptr)
         return nullptr;
     context->_private = const_cast<const INT8_T **>(containers);
-    xmlDoc *doc = parse(context.get(), document, length);
-    if (length <= LARGEST_ORDINARY && xmlDictGetUsage(context->dict) <= MOST_NAMES_KEPT)
+    OWNED_DOC_T doc = parse(context.get(), document, length, listener);
+    if (doc != nullptr && length <= LARGEST_ORDINARY && xmlDictGetUsage(context->dict) <= MOST_NAMES_KEPT)
         kept = std::move(context);
-    return doc;
+    return doc.release();
 }
 
 xmlNode *get_root_object_from_doc_object(xmlDoc *doc) {
