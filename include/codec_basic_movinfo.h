@@ -253,7 +253,7 @@ TAVISYS_API RTSTATUS encode_hdvideo_list_to_message(const TP_HARD_DISK_VIDEO_INF
                                                     PVOID *msgdata, INT32_T *msglen);
 
 /** Decode a body into a fresh list of movies (NULL for a count of 0), which the caller deletes. The number
- *  of videos of each movie is logged at INFO.
+ *  of videos of each movie is logged at INFO, a video that finds no memory at WARN.
  *  @return 0, not the bytes consumed; or -1 with *info untouched: NULL argument, body cut short or
  *          malformed, memory short. */
 TAVISYS_API RTSTATUS decode_hdvideo_list_information_from_message(const void *msgdata, INT32_T msglen,

@@ -303,7 +303,8 @@ TAVISYS_API void delete_tp_movcode_information(TP_MOVCODE_INFORMATION_T **info);
  *          short. Nothing is printed. */
 TAVISYS_API TP_MOVCODE_INFORMATION_LIST_T *
 create_tp_movcode_information_list_node(TP_MOVCODE_INFORMATION_T *info);
-/** @return a node with a fresh record that has a copy of the code; or NULL: memory short. */
+/** @return a node with a fresh record that has a copy of the code, which may be NULL; or NULL: memory short.
+ *          Nothing is printed. */
 TAVISYS_API TP_MOVCODE_INFORMATION_LIST_T *create_tp_movcode_information_list_node_ex(const INT8_T *movcode);
 /** Free a node with its record and clear the pointer to it. A NULL address or pointer is ignored. */
 TAVISYS_API void delete_tp_movcode_information_list_node(TP_MOVCODE_INFORMATION_LIST_T **node);
@@ -327,7 +328,8 @@ delete_tp_tavisys_movieinfo_request_information(TP_TAVISYS_MSGTYPE_REQUEST_MOVIE
  *  @return 0, or -1 with the out-arguments untouched: NULL out-argument, memory short. */
 TAVISYS_API RTSTATUS encode_movinfo_request_information_to_message(
     const TP_TAVISYS_MSGTYPE_REQUEST_MOVIE_INFO_ARGS_T *info, PVOID *msgdata, INT32_T *msglen);
-/** Decode a body into a fresh request, or NULL for an encoded NULL, which the caller deletes.
+/** Decode a body into a fresh request, or NULL for an encoded NULL, which the caller deletes. Nothing is
+ *  printed.
  *  @return bytes consumed, or -1 with *info untouched: NULL argument, body cut short or malformed,
  *          memory short. */
 TAVISYS_API INT32_T decode_movinfo_request_information_from_buffer(

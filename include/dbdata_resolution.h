@@ -6,7 +6,7 @@
  *    release of the last one frees the record. A list node owns nothing but its reference.
  *  - The id of a record follows from its key. Keys get 1, 2, 3, ... in the order in which the process
  *    first meets them; a key keeps its id until the process ends, also while no record of it lives, and
- *    no id is given twice.
+ *    no id is given twice. A creation that fails may have given its key an id.
  *  - A list is held by the address of its head pointer; NULL is the empty list. It holds a key at most
  *    once, in the order of first insertion. Keys are compared byte by byte.
  *  - A NULL argument gives NULL, 0 or nothing. A list node that finds no memory says so on standard

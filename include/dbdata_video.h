@@ -49,7 +49,8 @@ TAVISYS_API void delete_dbdata_video_information(DBDATA_VIDEO_INFORMATION_T **in
 TAVISYS_API DBDATA_VIDEO_INFORMATION_LIST_T *
 create_dbdata_video_information_list_node(DBDATA_VIDEO_INFORMATION_T *info);
 
-/** Create a record and a node that holds it. @return the node, or NULL: no record, memory short. */
+/** Create a record and a node that holds it. @return the node, or NULL: no record; memory short for the
+ *  node, the record's id is used up then. */
 TAVISYS_API DBDATA_VIDEO_INFORMATION_LIST_T *
 create_dbdata_video_information_list_node_ex(INT32_T seqno, const INT8_T *name, const INT8_T *filepath,
                                              const INT8_T *mp4);

@@ -5,6 +5,10 @@
  *  "全部" heads dimensions, resolutions, kinds and areas, the year 0 the years; a movie of a disallowed kind
  *  (情色, 同志, 暴力) is refused; a 3D movie gets the kind 3D; dates become YYYYMMDD.
  *
+ *  When memory is short for one of them, a movie goes without the dimension, the resolution, a year, the
+ *  kind 3D, the abbreviation, the television posters or the detailed synopsis, and is none the worse for it.
+ *  A document that is refused after it has been found well-formed may have used up ids of movies and videos.
+ *
  *  Any number of threads may parse documents at once. */
 #ifndef TAVISYS_METADATA_PARSE_H
 #define TAVISYS_METADATA_PARSE_H
@@ -15,11 +19,11 @@
 extern "C" {
 #endif
 
-/** Why a document was refused. */
+/** Why a document was refused. A part for which memory is short counts as missing. */
 typedef enum {
     TAVI_METADATA_OK = 0,           /**< it was not */
     TAVI_METADATA_INVALID_ARGUMENT, /**< NULL argument or length below 1 */
-    TAVI_METADATA_NOT_WELL_FORMED,  /**< no XML document, or one that declares an entity */
+    TAVI_METADATA_NOT_WELL_FORMED,  /**< no XML document, one that declares an entity, memory short */
     TAVI_METADATA_NO_ROOT,          /**< no root element */
     TAVI_METADATA_MEMORY,           /**< no memory for the movie */
     TAVI_METADATA_CODE_AND_NAME,    /**< movie code or a title missing */
@@ -41,8 +45,8 @@ typedef enum {
     TAVI_METADATA_VIDEOS            /**< videos missing, none of them, or incomplete */
 } TAVI_METADATA_FAILURE_E;
 
-/** Parse a document, telling about it: failures go to standard output, progress to zlog's default
- *  category (dzlog) at INFO.
+/** Parse a document, telling about it: failures go to standard output, progress and a missing poster to
+ *  zlog's default category (dzlog) at INFO.
  *  @param string  [in]  the document's text, NUL-terminated.
  *  @param movinfo [out] receives a fresh movie of count 1, which the caller releases with
  *                       release_dbdata_movie_information(); untouched on failure.

@@ -2,7 +2,9 @@
  *  Access to an XML document by tag names. Documents are data that anyone may have written: nothing is
  *  fetched, no DTD is read, and a document that declares an entity is refused.
  *
- *  A document and its nodes may be read by any number of threads at once. */
+ *  Documents may be parsed, and a document and its nodes read, by any number of threads at once. Nothing is
+ *  said about a document that is refused, but that libxml2 itself may tell on standard error of a thread for
+ *  which it finds no memory. */
 #ifndef TAVISYS_SUPPORT_XML_H
 #define TAVISYS_SUPPORT_XML_H
 

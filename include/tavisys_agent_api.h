@@ -9,7 +9,9 @@
  *
  *  Results that every call shares, called "a channel failure" below: -1 when the channel can't be opened,
  *  the negated transport codes of tp_trlv.h when the exchange fails (-8 for a reply of another type), and
- *  the server's own result when that is not 0 (TAVISYS_RESULT_E names those of tavisys-server). */
+ *  the server's own result when that is not 0 (TAVISYS_RESULT_E names those of tavisys-server). A failed
+ *  exchange is logged, see tavisys_comm.h. A malformed reply is also one for which memory is short, but for
+ *  its body: that is a channel failure, -3. */
 #ifndef TAVISYS_TAVISYS_AGENT_API_H
 #define TAVISYS_TAVISYS_AGENT_API_H
 

@@ -3,8 +3,8 @@
  *  channel, which carries the same messages to peers that read a head of text.
  *
  *  The channels keep no state: any number of threads may use them at once, each on a socket of its own.
- *  Failures are logged through zlog's default category (dzlog) at WARN, the progress of a server's
- *  exchange at INFO. */
+ *  The failures of a client's exchange are logged through zlog's default category (dzlog) at WARN, the
+ *  progress of a server's exchange at INFO; opening, sending and receiving say nothing. */
 #ifndef TAVISYS_TAVISYS_COMM_H
 #define TAVISYS_TAVISYS_COMM_H
 
@@ -61,8 +61,9 @@ TAVISYS_API INT32_T receive_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MES
  *                        safe_free(); untouched on failure. When NULL, the reply body is dropped.
  *  @param replylen [out] receives the bytes in the reply body; untouched on failure. May be NULL.
  *  @param timeout  [in]  seconds, as receive_trlv_data_from_tcp_communication_channel() takes them.
- *  @return 0, or: -1 a negative socket; -8 a reply of another type; the reply's result when that is not
- *          0, be it negative or positive; else the negative code of the send or the receive. */
+ *  @return 0, or: -1 a negative socket, which alone is not logged; -8 a reply of another type; the
+ *          reply's result when that is not 0, be it negative or positive; else the negative code of the
+ *          send or the receive. */
 TAVISYS_API RTSTATUS exchange_data_in_tavisys_msg_channel(INT32_T sock, INT32_T type, const void *body,
                                                           INT32_T length, PVOID *reply, INT32_T *replylen,
                                                           INT32_T timeout);
@@ -71,8 +72,8 @@ TAVISYS_API RTSTATUS exchange_data_in_tavisys_msg_channel(INT32_T sock, INT32_T 
  *  stays open.
  *  @param sock    [in] accepted socket.
  *  @param handler [in] answers the request.
- *  @return bytes sent, or negative: -1 for a negative socket or a NULL handler, else the code of the
- *          receive or the send. */
+ *  @return bytes sent, or negative: -1 with a line on standard output for a negative socket or a NULL
+ *          handler, else the code of the receive or the send, which is not logged. */
 TAVISYS_API INT32_T deal_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MESSAGE_CB handler);
 
 /** Bytes in the head of the text-headed channel, "%04d|%04d|%08d|" of type, result and length. Types and
@@ -97,7 +98,8 @@ TAVISYS_API INT32_T send_data_to_net_communication_channel(INT32_T sock, const T
                                                            INT32_T headlen, const INT8_T *body);
 
 /** One round trip on the text-headed channel: send a request, receive its reply, whose head has to come
- *  within 1 second. The socket stays open. Failures are logged at WARN, what was received at INFO.
+ *  within 1 second. The socket stays open. Failures are logged at WARN, but for a head or a body that
+ *  doesn't come; what was received at INFO.
  *  @param type    [in]  message type.
  *  @param sndmsg  [in]  request body, or NULL.
  *  @param sndlen  [in]  bytes in the request body.

@@ -7,6 +7,11 @@
  *  - Strings are NUL-terminated UTF-8. A string field belongs to the record that holds it.
  *  - Records are made with calloc() and freed with free(); use the family's delete function.
  *  - Out-arguments are written on success only.
+ *  - What deletes, releases or frees ignores NULL, be it the address or the pointer there; what appends
+ *    ignores NULL arguments; what lists NULL prints no more than a headline.
+ *  - A node may be made without a record: NULL.
+ *  - Nothing is printed or logged, but for a list node that finds no memory: "分配...字节的内存出错,错误原因:
+ *    ..." on standard output, whoever makes the node, a decoder and an _ex function included.
  *  - A function touches its arguments alone, so any number of threads may call it at once on
  *    different records; one record or list must not be changed by two threads at a time. */
 #ifndef TAVISYS_TAVISYSTYPE_H

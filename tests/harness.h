@@ -68,17 +68,6 @@ int fail_each_allocation(CALL succeeds) {
     }
 }
 
-// The same for a call that makes something, which is released.
-template <class CREATE, class RELEASE>
-int fail_each_creation(CREATE create, RELEASE release) {
-    return fail_each_allocation([&] {
-        auto *made = create();
-        const bool is_made = made != nullptr;
-        release(&made);
-        return is_made;
-    });
-}
-
 // A test that leaves none of the library's memory allocated and starts without log lines.
 class LEAK_CHECKED_T : public virtual testing::Test {
 protected:

@@ -247,23 +247,6 @@ TEST_F(MetadataParse, LongTextsAreCutAtAWholeCharacter) {
     EXPECT_EQ(text.substr(0, 1 + 6826 * 3), movie->description);
 }
 
-TEST_F(MetadataParse, ShortMemoryLosesNothing) {
-    int refused = 0;
-    bool failed = true;
-    for (int nth = 1; failed; nth++) {
-        TAVI_METADATA_FAILURE_E failure = TAVI_METADATA_OK;
-        testing::internal::CaptureStdout(); // node creators tell when memory is short
-        fail_nth_allocation(nth);
-        const MOVIE_T movie = read(DOCUMENT, &failure);
-        failed = an_allocation_failed();
-        testing::internal::GetCapturedStdout();
-        EXPECT_EQ(movie == nullptr, failure != TAVI_METADATA_OK);
-        EXPECT_EQ(nth == 1, failure == TAVI_METADATA_MEMORY);
-        refused += movie == nullptr ? 1 : 0;
-    }
-    EXPECT_GT(refused, 30); // the others cost an optional value only
-}
-
 TEST_F(MetadataParse, ThreadsLoadMoviesWithIdsOfTheirOwn) {
     std::vector<std::future<MOVIE_T>> movies(40);
     for (auto &movie : movies)

@@ -132,26 +132,6 @@ TEST_F(Touchscreen, EncodersLogUnderTheirNamesWhatTheyMiss) {
                    "encode_touchscreen_basic_movie_ext_information_to_message 80 出错..\n");
 }
 
-TEST_F(Touchscreen, NodesThatCannotBeMadeAreSaid) {
-    const std::string reason = "字节的内存出错,错误原因: Cannot allocate memory\n";
-    for (int nth : {1, 2, 3}) {
-        fail_nth_allocation(nth);
-        EXPECT_EQ(nullptr, create_video_node("SN", 1, "一"));
-        EXPECT_EQ("create_video_node 80 分配32" + reason + "\n", logged());
-    }
-    TP_VIDEO_LIST *videos = create_video_node("SN", 1, nullptr);
-    EXPECT_EQ("分配16" + reason + "分配24" + reason + "分配24" + reason, said_by([&] {
-                  fail_nth_allocation(1);
-                  EXPECT_EQ(nullptr, create_tavisys_movie_id_information());
-                  for (int nth : {1, 2}) {
-                      fail_nth_allocation(nth);
-                      EXPECT_EQ(nullptr, create_hard_disk_videonode("TV-1", videos));
-                  }
-              }));
-    delete_video_list(&videos); // still the caller's
-    EXPECT_NE(nullptr, videos);
-}
-
 TEST_F(Touchscreen, AMovieWithoutVideosFailsAWholeListOfVideos) {
     HDVIDEO_T *list = create_hard_disk_videonode("TV-1", create_video_node("SN", 1, "一"));
     add_node_to_mhard_disk_videolist(&list, create_hard_disk_videonode("TV-2", nullptr));
