@@ -1,5 +1,7 @@
 #include "support_xml.h"
 
+#include <array>
+#include <atomic>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +12,7 @@
 #include <libxml/threads.h>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "support/xml_once.h"
 
@@ -156,12 +159,6 @@ void keep_text_of_values(void *parser, const xmlChar *text, int length) {
         xmlSAX2Characters(parser, text, length);
 }
 
-// What a thread's parser may remember: the names of ordinary documents are few. A document that is out of the
-// ordinary gets a parser of its own, so that what it makes of its parser doesn't stay; nor does the parser of
-// one that failed, maybe for want of memory.
-constexpr size_t MOST_NAMES_KEPT = 64 * 1024; // bytes
-constexpr INT32_T LARGEST_ORDINARY = 64 * 1024;
-
 OWNED_CONTEXT_T create_parser_of_values() {
     OWNED_CONTEXT_T context = create_parser();
     if (context != nullptr) {
@@ -170,6 +167,43 @@ OWNED_CONTEXT_T create_parser_of_values() {
     }
     return context;
 }
+
+// The parsers that wait for another document. None is anybody's own: what a thread leaves to be freed at its
+// end needs memory to be said, and glibc ends the process for want of it.
+class IDLE_PARSERS_T {
+public:
+    IDLE_PARSERS_T() = default;
+    IDLE_PARSERS_T(const IDLE_PARSERS_T &) = delete;
+    IDLE_PARSERS_T &operator=(const IDLE_PARSERS_T &) = delete;
+    ~IDLE_PARSERS_T() {
+        for (SLOT_T &slot : slots_)
+            const OWNED_CONTEXT_T freed{slot.exchange(nullptr)};
+    }
+    OWNED_CONTEXT_T take() {
+        for (SLOT_T &slot : slots_)
+            if (xmlParserCtxt *context = slot.exchange(nullptr); context != nullptr)
+                return OWNED_CONTEXT_T{context};
+        return nullptr;
+    }
+    // One too many is freed.
+    void put(OWNED_CONTEXT_T context) {
+        for (SLOT_T &slot : slots_) {
+            context.reset(slot.exchange(context.release()));
+            if (context == nullptr)
+                return;
+        }
+    }
+
+private:
+    using SLOT_T = std::atomic<xmlParserCtxt *>;
+    std::array<SLOT_T, 8> slots_{};
+};
+IDLE_PARSERS_T s_idle_parsers;
+
+// What a parser may remember: the names of ordinary documents are few. What a document that is out of the
+// ordinary makes of its parser doesn't stay.
+constexpr size_t MOST_NAMES_KEPT = 64 * 1024; // bytes
+constexpr INT32_T LARGEST_ORDINARY = 64 * 1024;
 
 constexpr bool continues_character(INT8_T byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
@@ -223,17 +257,27 @@ xmlDoc *get_doc_object_from_memory(const void *document, INT32_T length) {
 xmlDoc *get_doc_object_to_read_once(const void *document, INT32_T length, const INT8_T *const *containers) {
     if (document == nullptr || length < 1 || !has_thread_state() || !start_library())
         return nullptr;
-    thread_local OWNED_CONTEXT_T kept;
     const LISTENER_T listener;
-    OWNED_CONTEXT_T context =
-        kept != nullptr && length <= LARGEST_ORDINARY ? std::move(kept) : create_parser_of_values();
+    OWNED_CONTEXT_T context = length <= LARGEST_ORDINARY ? s_idle_parsers.take() : nullptr;
+    if (context == nullptr)
+        context = create_parser_of_values();
     if (context == nullptr)
         return nullptr;
     context->_private = const_cast<const INT8_T **>(containers);
     OWNED_DOC_T doc = parse(context.get(), document, length, listener);
+    // The document shares the parser's dictionary, which one thread at a time may use.
     if (doc != nullptr && length <= LARGEST_ORDINARY && xmlDictGetUsage(context->dict) <= MOST_NAMES_KEPT)
-        kept = std::move(context);
+        doc->_private = context.release();
     return doc.release();
+}
+
+void free_doc_object_read_once(xmlDoc *doc) {
+    if (doc == nullptr)
+        return;
+    OWNED_CONTEXT_T context{static_cast<xmlParserCtxt *>(doc->_private)};
+    xmlFreeDoc(doc);
+    if (context != nullptr)
+        s_idle_parsers.put(std::move(context));
 }
 
 xmlNode *get_root_object_from_doc_object(xmlDoc *doc) {

@@ -126,7 +126,7 @@ constexpr const INT8_T *CHILD_NAMES[] = {
 static_assert(std::size(CHILD_NAMES) == CHILDREN + 1);
 
 struct FREE_DOC_T {
-    void operator()(_xmlDoc *doc) const { free_doc_object(doc); }
+    void operator()(_xmlDoc *doc) const { free_doc_object_read_once(doc); }
 };
 using OWNED_DOC_T = std::unique_ptr<_xmlDoc, FREE_DOC_T>;
 using OWNED_MOVIE_T = OWNED_T<DBDATA_MOVIE_INFORMATION_T, release_dbdata_movie_information>;
