@@ -478,7 +478,9 @@ WITHOUT_MEMORY = (("add|insert", append), ("duplicate", duplicate),
 FRUGAL = re.compile("create_tcp|decode_int|get_tavi_metadata_failure_text|receive_data_from_tcp_socket|"
                     "encode_basic_movie_return|"  # fails with memory, too
                     + "|".join(prefix for prefix, _ in WITHOUT_MEMORY))
-KEPT = {"get_doc_object_from_memory": 8}  # libxml2 loses a converter for whose name it finds no memory
+A_PARSER = 30  # that waits for the next document: blocks
+KEPT = {"get_doc_object_from_memory": 8,  # libxml2 loses a converter for whose name it finds no memory
+        "get_tavi_metadata_information_from_document": A_PARSER, "get_tavi_metadata_information_from_string": A_PARSER}
 ANY = 100  # blocks may stay when a process does something for the first time
 complaints = []
 
