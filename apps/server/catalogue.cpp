@@ -301,7 +301,7 @@ void CATALOGUE_T::place_movies() {
             with_poster_.push_back(position);
         const std::string part = page_part_of(movie, movies[position]->folder, serials[before]);
         auto *kept = static_cast<char *>(page_memory_.allocate(part.size(), 1));
-        page_parts_.emplace_back(kept, part.copy(kept, part.size()));
+        page_parts_.push_back({kept, static_cast<INT32_T>(part.copy(kept, part.size()))});
     }
     movies_ = std::move(movies);
     std::sort(by_id_.begin(), by_id_.end());

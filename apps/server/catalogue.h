@@ -10,10 +10,10 @@
 #include <memory_resource>
 #include <span>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "codec_basic_movinfo.h"
 #include "movie.h"
 #include "storage.h"
 #include "tavisystype.h"
@@ -76,7 +76,9 @@ public:
     // The movies of that code: at most one on each partition.
     std::span<const POSITION_T> movies_of(const INT8_T *code) const;
     // The movie's part of a page's body, see page_body.h: at hand without a look at the movie.
-    std::string_view page_part(POSITION_T position) const { return page_parts_[position]; }
+    const TP_TAVISYS_BASIC_MOVIE_PART_T &page_part(POSITION_T position) const {
+        return page_parts_[position];
+    }
     // Movies that have a large poster.
     const POSITIONS_T &with_poster() const { return with_poster_; }
     // The request's numbers have been checked.
@@ -92,7 +94,7 @@ private:
     std::vector<MOVIE_PTR> movies_; // given up after the storage, whose nodes refer to their records
     STORAGE_T storage_;
     std::pmr::monotonic_buffer_resource page_memory_;
-    std::vector<std::string_view> page_parts_; // by position
+    std::vector<TP_TAVISYS_BASIC_MOVIE_PART_T> page_parts_; // by position
     POSITIONS_T with_poster_;
     POSITIONS_T by_code_;
     std::array<POSITIONS_T, ORDERS> sorted_;            // every movie, by rank in each order

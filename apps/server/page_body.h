@@ -1,5 +1,5 @@
 // The bodies of pages. A movie looks the same on every page but for its place there: so its part of a body is
-// encoded once, when a snapshot is made, and a page is put together of such parts.
+// encoded once, when a snapshot is made, and the library puts a page together of such parts.
 #ifndef TAVISYS_SERVER_PAGE_BODY_H
 #define TAVISYS_SERVER_PAGE_BODY_H
 
