@@ -293,7 +293,7 @@ TEST(Server, LeavesOutWhatItCannotReadAndSaysWhy) {
 
 TEST(Server, ARescanSeesWhatHasChangedAndKeepsTheIdsOfTheRest) {
     const FOLDER_T library;
-    write_document(library.path(), "sda/sda1", {"C1", "一"});
+    const fs::path kept = write_document(library.path(), "sda/sda1", {"C1", "一"});
     const fs::path changed = write_document(library.path(), "sda/sda1", {"C2", "二"});
     const fs::path removed = write_document(library.path(), "sda/sda1", {"C3", "三"});
     const auto server = SERVER_PROCESS_T::serving(library.path());
@@ -309,6 +309,8 @@ TEST(Server, ARescanSeesWhatHasChangedAndKeepsTheIdsOfTheRest) {
     write_file(changed, MOVIE_DOCUMENT_T{"C2", "贰", "1.0"}.text());
     fs::remove(removed);
     write_document(library.path(), "sdb/sdb1", {"C4", "四"});
+    fs::create_hard_link(kept, library.path() / "backup.xml"); // neither is a change of what is in it
+    fs::permissions(kept, fs::perms::owner_read);
     server->signal(SIGHUP);
     ASSERT_TRUE(server->wait_for_scans(2));
     auto after = ids();

@@ -132,8 +132,7 @@ private:
 };
 
 SIGNATURE_T signature_of(const struct stat &status) {
-    return {status.st_ino, status.st_size, status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec,
-            status.st_ctim.tv_sec * 1000000000LL + status.st_ctim.tv_nsec};
+    return {status.st_ino, status.st_size, status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec};
 }
 
 // Calls work() in so many threads, this one among them, and waits until all have returned.

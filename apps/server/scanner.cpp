@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <new>
 #include <string_view>
 #include <system_error>
@@ -70,11 +71,12 @@ public:
     }
     // Whether the library is what it was at the last scan.
     bool found_nothing_new() const {
-        return known_ == movies_.size() && known_ == scanner_->loaded_.size() &&
+        return known_ == movies_.size() + repeats_.size() && known_ == scanner_->loaded_.size() &&
                library_.disks == scanner_->disks_;
     }
     // Leaves to the scanner what the next scan need not parse.
     void hand_over() {
+        std::move(repeats_.begin(), repeats_.end(), std::back_inserter(movies_));
         std::sort(movies_.begin(), movies_.end(),
                   [](const MOVIE_PTR &left, const MOVIE_PTR &right) { return left->folder < right->folder; });
         scanner_->loaded_ = std::move(movies_);
@@ -143,6 +145,7 @@ private:
         current_ = partition;
         if (outcome.movie != nullptr && !codes_.insert(outcome.movie->record->info->movie_code).second) {
             scanner_->store_->recount_as_failed();
+            repeats_.push_back(std::move(outcome.movie));
             outcome = {nullptr, "同一分区上已有相同影片编码的影片"};
         }
         if (outcome.movie != nullptr) {
@@ -217,6 +220,7 @@ private:
 
     size_t collected_ = 0;
     std::vector<MOVIE_PTR> movies_;
+    std::vector<MOVIE_PTR> repeats_;             // of codes on the same partition: not served, but known
     const PARTITION_T *current_ = nullptr;       // of the last collected document
     std::unordered_set<std::string_view> codes_; // on it
     CLOCK_T::time_point published_at_ = CLOCK_T::now();
