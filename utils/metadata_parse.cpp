@@ -16,10 +16,9 @@
 #include "support/list.h"
 #include "support/log.h"
 #include "support/owner.h"
-#include "support/xml_once.h"
+#include "support/xml_reader.h"
 #include "support_memory.h"
 #include "support_text.h"
-#include "support_xml.h"
 
 using namespace tavisys;
 
@@ -88,11 +87,6 @@ constexpr bool failures_stand_at_their_number() {
 }
 static_assert(failures_stand_at_their_number());
 
-// The elements that hold others: their own text is never read.
-constexpr const INT8_T *CONTAINERS[] = {
-    "kind",   "actor",     "director", "area",   "video",          "movie",           "poster", "kinds",
-    "actors", "directors", "areas",    "videos", "dimension_info", "resolution_info", nullptr};
-
 // The children of the root, in the order in which documents mostly have them.
 enum CHILD_E {
     MOVIE,
@@ -119,21 +113,20 @@ enum CHILD_E {
     CHILDREN
 };
 constexpr const INT8_T *CHILD_NAMES[] = {
-    "movie",       "imdb_value", "index",       "dimension_info", "resolution_info", "category",
-    "kinds",       "areas",      "directors",   "actors",         "put_time",        "publish_time",
-    "duration",    "poster",     "poster_tv_b", "poster_tv_m",    "poster_tv_s",     "detailed_desc",
-    "description", "episodes",   "videos",      nullptr};
-static_assert(std::size(CHILD_NAMES) == CHILDREN + 1);
+    "movie",       "imdb_value",  "index",       "dimension_info", "resolution_info", "category", "kinds",
+    "areas",       "directors",   "actors",      "put_time",       "publish_time",    "duration", "poster",
+    "poster_tv_b", "poster_tv_m", "poster_tv_s", "detailed_desc",  "description",     "episodes", "videos"};
+static_assert(std::size(CHILD_NAMES) == CHILDREN);
 
-struct FREE_DOC_T {
-    void operator()(_xmlDoc *doc) const { free_doc_object_read_once(doc); }
+struct FREE_DOCUMENT_T {
+    void operator()(XML_DOCUMENT_T *document) const { free_xml_document(document); }
 };
-using OWNED_DOC_T = std::unique_ptr<_xmlDoc, FREE_DOC_T>;
+using OWNED_DOCUMENT_T = std::unique_ptr<XML_DOCUMENT_T, FREE_DOCUMENT_T>;
 using OWNED_MOVIE_T = OWNED_T<DBDATA_MOVIE_INFORMATION_T, release_dbdata_movie_information>;
 
 // One document on its way into a record, and whether that is told.
 struct PARSER_T {
-    _xmlNode *children[CHILDREN]; // NULL for those that the document lacks
+    const XML_ELEMENT_T *children[CHILDREN]; // NULL for those that the document lacks
     DBDATA_MOVIE_INFORMATION_T *info;
     bool aloud;
 
@@ -176,21 +169,20 @@ void tell_lack(const PARSER_T &parser, const void *address, const INT8_T *text) 
     TAVISYS_LOG_AS(LOG_FUNCTION, ZLOG_LEVEL_INFO, "%p: %s", address, text);
 }
 
+const XML_ELEMENT_T *child_of(const XML_ELEMENT_T *parent, const INT8_T *tagname) {
+    return parent == nullptr ? nullptr : first_of_name(parent->children, tagname);
+}
+
 // The text of one element. It is not cleared: a document has some fifty of them.
 struct VALUE_T {
     INT8_T text[VALUE_SIZE];
 
-    bool read(_xmlNode *parent, const INT8_T *tagname) {
-        return get_value_from_next_layer_object_by_tagname_and_index(parent, tagname, 0, text, VALUE_SIZE) ==
-               0;
+    bool read(const XML_ELEMENT_T *parent, const INT8_T *tagname) { return read(child_of(parent, tagname)); }
+    bool read(const XML_ELEMENT_T *element) {
+        return get_value_of_xml_element(element, text, VALUE_SIZE) == 0;
     }
-    bool read(const _xmlNode *element) { return get_value_of_object(element, text, VALUE_SIZE) == 0; }
     INT8_T *stripped() { return strip_char_space_and_return_from_string(text); }
 };
-
-_xmlNode *child_of(_xmlNode *parent, const INT8_T *tagname) {
-    return get_object_from_next_layer_xml_object_by_tagname(parent, tagname, 0);
-}
 
 // Scans an integer as "%d" does and moves behind it. One that is out of range is none.
 bool scan_number(const INT8_T *&text, INT32_T *number) {
@@ -226,7 +218,7 @@ INT32_T date_of(const INT8_T *text) {
 }
 
 // A text without a number leaves the field as it is and passes; an empty one does not.
-bool store_number(const _xmlNode *element, INT32_T *field) {
+bool store_number(const XML_ELEMENT_T *element, INT32_T *field) {
     VALUE_T value;
     if (!value.read(element))
         return false;
@@ -239,7 +231,7 @@ bool store_number(const _xmlNode *element, INT32_T *field) {
     return true;
 }
 
-bool store_stripped(const _xmlNode *element, INT8_T *&field) {
+bool store_stripped(const XML_ELEMENT_T *element, INT8_T *&field) {
     VALUE_T value;
     return value.read(element) && store_copy(field, value.stripped());
 }
@@ -297,9 +289,9 @@ private:
 
 // Calls read for each child of that name, until it fails.
 template <class READ>
-bool read_children(_xmlNode *parent, const INT8_T *tagname, READ read) {
-    for (_xmlNode *child = child_of(parent, tagname); child != nullptr;
-         child = get_next_object_of_same_tagname(child)) {
+bool read_children(const XML_ELEMENT_T *parent, const INT8_T *tagname, READ read) {
+    for (const XML_ELEMENT_T *child = child_of(parent, tagname); child != nullptr;
+         child = first_of_name(child->next, tagname)) {
         if (!read(child))
             return false;
     }
@@ -307,7 +299,7 @@ bool read_children(_xmlNode *parent, const INT8_T *tagname, READ read) {
 }
 
 bool parse_basic_information(const PARSER_T &parser) {
-    _xmlNode *movie = parser.children[MOVIE];
+    const XML_ELEMENT_T *movie = parser.children[MOVIE];
     VALUE_T code;
     VALUE_T name_ch;
     VALUE_T name_en;
@@ -340,7 +332,7 @@ struct SINGLE_ATTRIBUTE_T {
 
 // The value for all, then the document's own or the default one. What finds no memory is left out.
 template <class NODE>
-void parse_single_attribute(_xmlNode *element, const SINGLE_ATTRIBUTE_T &attribute, NODE **list,
+void parse_single_attribute(const XML_ELEMENT_T *element, const SINGLE_ATTRIBUTE_T &attribute, NODE **list,
                             NODE *(*create_node)(INT32_T, const INT8_T *, PVOID),
                             RTSTATUS (*add)(NODE **, NODE *), void (*delete_node)(NODE **)) {
     add_or_delete(list, create_node(0, ALL, nullptr), add, delete_node);
@@ -395,7 +387,7 @@ INT32_T category_id(const PARSER_T &parser) {
 }
 
 bool parse_kinds(const PARSER_T &parser) {
-    _xmlNode *kinds = parser.children[KINDS];
+    const XML_ELEMENT_T *kinds = parser.children[KINDS];
     if (kinds == nullptr)
         return false;
     KEYED_LIST_T<DBDATA_KIND_INFORMATION_LIST_T, &DBDATA_KIND_INFORMATION_T::name,
@@ -404,7 +396,7 @@ bool parse_kinds(const PARSER_T &parser) {
     const auto add = [&](const INT8_T *name) {
         return list.add(create_dbdata_kind_information_list_node_ex(category_id(parser), name, nullptr));
     };
-    return add(ALL) && read_children(kinds, "kind", [&](_xmlNode *kind) {
+    return add(ALL) && read_children(kinds, "kind", [&](const XML_ELEMENT_T *kind) {
                VALUE_T name;
                return name.read(kind, "kind_name") && add(name.text);
            });
@@ -438,7 +430,7 @@ bool add_3d_kind(const PARSER_T &parser) {
 }
 
 bool parse_areas(const PARSER_T &parser) {
-    _xmlNode *areas = parser.children[AREAS];
+    const XML_ELEMENT_T *areas = parser.children[AREAS];
     if (areas == nullptr)
         return false;
     KEYED_LIST_T<DBDATA_AREA_INFORMATION_LIST_T, &DBDATA_AREA_INFORMATION_T::name,
@@ -447,7 +439,7 @@ bool parse_areas(const PARSER_T &parser) {
     const auto add = [&](const INT8_T *name) {
         return list.add(create_dbdata_area_information_list_node_ex(name, nullptr));
     };
-    return add(ALL) && read_children(areas, "area", [&](_xmlNode *area) {
+    return add(ALL) && read_children(areas, "area", [&](const XML_ELEMENT_T *area) {
                VALUE_T name;
                return name.read(area, "area_name") && add(name.text);
            });
@@ -462,8 +454,8 @@ struct PERSON_TAGS_T {
 
 template <class LIST, class CREATE_NODE>
 bool parse_persons(const PARSER_T &parser, const PERSON_TAGS_T &tags, LIST list, CREATE_NODE create_node) {
-    _xmlNode *persons = parser.children[tags.list];
-    return persons != nullptr && read_children(persons, tags.person, [&](_xmlNode *person) {
+    const XML_ELEMENT_T *persons = parser.children[tags.list];
+    return persons != nullptr && read_children(persons, tags.person, [&](const XML_ELEMENT_T *person) {
                VALUE_T code;
                VALUE_T name;
                return code.read(person, tags.code) && name.read(person, tags.name) &&
@@ -513,7 +505,7 @@ bool parse_duration(const PARSER_T &parser) {
 }
 
 bool parse_posters(const PARSER_T &parser) {
-    _xmlNode *poster = parser.children[POSTER];
+    const XML_ELEMENT_T *poster = parser.children[POSTER];
     VALUE_T big;
     VALUE_T middle;
     VALUE_T small;
@@ -543,7 +535,7 @@ bool parse_tv_posters(const PARSER_T &parser) {
 
 bool parse_detailed_description(const PARSER_T &parser) {
     INT8_T text[DESCRIPTION_SIZE];
-    const bool given = get_value_of_object(parser.children[DETAILED_DESC], text, DESCRIPTION_SIZE) == 0;
+    const bool given = get_value_of_xml_element(parser.children[DETAILED_DESC], text, DESCRIPTION_SIZE) == 0;
     if (!given || !store_copy(parser.info->description, strip_char_space_and_return_from_string(text)))
         tell_lack(parser, parser.info->description, "解析详细内容出错");
     return true;
@@ -559,7 +551,7 @@ bool parse_episodes(const PARSER_T &parser) {
 
 bool parse_videos(const PARSER_T &parser) {
     TAIL_T<DBDATA_VIDEO_INFORMATION_LIST_T> list;
-    const bool complete = read_children(parser.children[VIDEOS], "video", [&](_xmlNode *video) {
+    const bool complete = read_children(parser.children[VIDEOS], "video", [&](const XML_ELEMENT_T *video) {
         VALUE_T seqno;
         VALUE_T name;
         VALUE_T filepath;
@@ -625,14 +617,28 @@ TAVI_METADATA_FAILURE_E fail(TAVI_METADATA_FAILURE_E failure, bool aloud) {
     return failure;
 }
 
+// The first child of each name. The search for one begins behind the name of the one before.
+void find_children(const XML_ELEMENT_T *root, const XML_ELEMENT_T *(&children)[CHILDREN]) {
+    size_t next = 0;
+    for (const XML_ELEMENT_T *child = root->children; child != nullptr; child = child->next)
+        for (size_t tried = 0; tried < CHILDREN; tried++) {
+            const size_t at = (next + tried) % CHILDREN;
+            if (strcmp(child->name, CHILD_NAMES[at]) != 0)
+                continue;
+            if (children[at] == nullptr)
+                children[at] = child;
+            next = at + 1;
+            break;
+        }
+}
+
 TAVI_METADATA_FAILURE_E load_movie(const void *document, size_t length, bool aloud,
                                    DBDATA_MOVIE_INFORMATION_T **movinfo) {
-    const OWNED_DOC_T doc{
-        length > INT_MAX ? nullptr
-                         : get_doc_object_to_read_once(document, static_cast<INT32_T>(length), CONTAINERS)};
-    if (doc == nullptr)
+    const OWNED_DOCUMENT_T read{length > INT_MAX ? nullptr
+                                                 : read_xml_document(document, static_cast<INT32_T>(length))};
+    if (read == nullptr)
         return fail(TAVI_METADATA_NOT_WELL_FORMED, aloud);
-    _xmlNode *root = get_root_object_from_doc_object(doc.get());
+    const XML_ELEMENT_T *root = get_root_of_xml_document(read.get());
     if (root == nullptr)
         return fail(TAVI_METADATA_NO_ROOT, aloud);
     OWNED_MOVIE_T movie{create_dbdata_movie_information()};
@@ -640,7 +646,7 @@ TAVI_METADATA_FAILURE_E load_movie(const void *document, size_t length, bool alo
         return fail(TAVI_METADATA_MEMORY, aloud);
 
     PARSER_T parser{{}, movie.get(), aloud};
-    get_first_objects_from_next_layer_by_tagnames(root, CHILD_NAMES, parser.children);
+    find_children(root, parser.children);
     const TAVI_METADATA_FAILURE_E failure = parse_tavi_metadata_from_object(parser);
     if (failure == TAVI_METADATA_OK) {
         *movinfo = movie.release();
