@@ -5,6 +5,7 @@
 #include <new>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "on_loan.h"
 
@@ -12,21 +13,40 @@ namespace server {
 
 namespace {
 
-// The values of an attribute, which movies have in common. They stay until the process ends, as their ids
-// do. TEXT: the value's name; a year has none.
-template <class INFO, INT8_T *INFO::*TEXT = nullptr>
+// The values of an attribute and the lists of them, which movies have in common: of the room that a movie's
+// nodes and records take, a third is that of its attributes. They stay until the process ends, as the ids of
+// the values do. TEXT: the value's name; a year has none.
+template <class NODE, class INFO, INT8_T *INFO::*TEXT = nullptr>
 class SHARED_VALUES_T {
 public:
-    INFO *get(const INFO &value) {
+    INFO *value(const INFO &value) {
         const std::lock_guard lock(mutex_);
+        return kept(value);
+    }
+    NODE *list(const NODE *from) {
+        const std::lock_guard lock(mutex_);
+        std::vector<INFO *> key;
+        for (const NODE *node = from; node != nullptr; node = next_of(node))
+            key.push_back(kept(*node->info));
+        const auto [found, fresh] = lists_.try_emplace(std::move(key));
+        std::vector<NODE> &nodes = found->second;
+        if (fresh) {
+            nodes.resize(found->first.size());
+            for (size_t i = 0; i < nodes.size(); i++)
+                nodes[i].info = found->first[i];
+            chain(&nodes);
+        }
+        return nodes.data();
+    }
+
+private:
+    INFO *kept(const INFO &value) {
         const auto [found, fresh] = values_.try_emplace({value.id, text_of(value)}, value);
         if constexpr (TEXT != nullptr)
             if (fresh)
                 found->second.*TEXT = on_loan(found->first.second.c_str());
         return &found->second;
     }
-
-private:
     static std::string text_of(const INFO &value) {
         if constexpr (TEXT != nullptr)
             return value.*TEXT;
@@ -35,6 +55,7 @@ private:
     }
     std::mutex mutex_;
     std::map<std::pair<INT32_T, std::string>, INFO> values_;
+    std::map<std::vector<INFO *>, std::vector<NODE>> lists_;
 };
 
 // Lays records and texts one behind the other. Without a block it only measures how large one must be.
@@ -88,9 +109,16 @@ public:
         }
         return head;
     }
+    // A long list is hardly any other movie's.
     template <class NODE, class INFO, INT8_T *INFO::*TEXT>
-    NODE *list(const NODE *from, SHARED_VALUES_T<INFO, TEXT> *values) {
-        return list(from, [&](const INFO &info) { return measuring_ ? nullptr : values->get(info); });
+    NODE *list(const NODE *from, SHARED_VALUES_T<NODE, INFO, TEXT> *values) {
+        constexpr int LONGEST_SHARED = 16;
+        int length = 0;
+        for (const NODE *node = from; node != nullptr && length <= LONGEST_SHARED; node = next_of(node))
+            length++;
+        if (length > LONGEST_SHARED)
+            return list(from, [&](const INFO &info) { return measuring_ ? nullptr : values->value(info); });
+        return measuring_ || from == nullptr ? nullptr : values->list(from);
     }
 
     size_t record_bytes() const { return record_bytes_; }
@@ -147,14 +175,22 @@ DBDATA_BASIC_MOVIE_INFORMATION_T *place_basic(LAYOUT_T *layout,
 }
 
 void place_attributes(LAYOUT_T *layout, DBDATA_MOVIE_INFORMATION_T *movie) {
-    static SHARED_VALUES_T<DBDATA_DIMENSION_INFORMATION_T, &DBDATA_DIMENSION_INFORMATION_T::dimension>
+    static SHARED_VALUES_T<DBDATA_DIMENSION_INFORMATION_LIST_T, DBDATA_DIMENSION_INFORMATION_T,
+                           &DBDATA_DIMENSION_INFORMATION_T::dimension>
         s_dimensions;
-    static SHARED_VALUES_T<DBDATA_RESOLUTION_INFORMATION_T, &DBDATA_RESOLUTION_INFORMATION_T::resolution>
+    static SHARED_VALUES_T<DBDATA_RESOLUTION_INFORMATION_LIST_T, DBDATA_RESOLUTION_INFORMATION_T,
+                           &DBDATA_RESOLUTION_INFORMATION_T::resolution>
         s_resolutions;
-    static SHARED_VALUES_T<DBDATA_CATEGORY_INFORMATION_T, &DBDATA_CATEGORY_INFORMATION_T::name> s_categories;
-    static SHARED_VALUES_T<DBDATA_KIND_INFORMATION_T, &DBDATA_KIND_INFORMATION_T::name> s_kinds;
-    static SHARED_VALUES_T<DBDATA_AREA_INFORMATION_T, &DBDATA_AREA_INFORMATION_T::name> s_areas;
-    static SHARED_VALUES_T<DBDATA_YEAR_INFORMATION_T> s_years;
+    static SHARED_VALUES_T<DBDATA_CATEGORY_INFORMATION_LIST_T, DBDATA_CATEGORY_INFORMATION_T,
+                           &DBDATA_CATEGORY_INFORMATION_T::name>
+        s_categories;
+    static SHARED_VALUES_T<DBDATA_KIND_INFORMATION_LIST_T, DBDATA_KIND_INFORMATION_T,
+                           &DBDATA_KIND_INFORMATION_T::name>
+        s_kinds;
+    static SHARED_VALUES_T<DBDATA_AREA_INFORMATION_LIST_T, DBDATA_AREA_INFORMATION_T,
+                           &DBDATA_AREA_INFORMATION_T::name>
+        s_areas;
+    static SHARED_VALUES_T<DBDATA_YEAR_INFORMATION_LIST_T, DBDATA_YEAR_INFORMATION_T> s_years;
     movie->dimension_list = layout->list(movie->dimension_list, &s_dimensions);
     movie->resolution_list = layout->list(movie->resolution_list, &s_resolutions);
     movie->category_list = layout->list(movie->category_list, &s_categories);
