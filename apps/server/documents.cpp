@@ -4,11 +4,13 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <iterator>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 #include <thread>
@@ -48,10 +50,39 @@ struct CONTENT_T {
     bool has_document = false;        // whatever it is: the reader says what is wrong with it
 };
 
+constexpr int64_t SECOND = 1000000000; // ns
+
+int64_t nanoseconds(const timespec &time) {
+    return time.tv_sec * SECOND + time.tv_nsec;
+}
+
+FOLDER_SIGNATURE_T signature_of_folder(const struct stat &status) {
+    return {status.st_dev, status.st_ino, nanoseconds(status.st_mtim)};
+}
+
+// The coarsest clock of a file system steps by two seconds: a folder that has changed since may show it by no
+// later time.
+bool has_settled(const FOLDER_SIGNATURE_T &folder) {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const int64_t age = nanoseconds(now) - folder.modified_ns;
+    return age > 2 * SECOND;
+}
+
+// The order of a walk: a folder before what is in it, folders of one folder by name.
+bool is_walked_before(std::string_view left, std::string_view right) {
+    const auto [l, r] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    if (l == left.end() || r == right.end())
+        return r != right.end();
+    const auto rank = [](char c) { return c == '/' ? 0 : 1 + static_cast<unsigned char>(c); };
+    return rank(*l) < rank(*r);
+}
+
 // Walks one partition at a time.
 class WALK_T {
 public:
-    WALK_T(const FOLDER_T &root, const std::atomic<bool> &stop) : root_(root), stop_(stop) {}
+    WALK_T(const FOLDER_T &root, const std::atomic<bool> &stop, std::span<const DOCUMENT_T> before)
+        : root_(root), stop_(stop), before_(before) {}
 
     // The names of the folders in a folder, which is named below the library folder.
     std::vector<std::string> folders_in(const char *path) {
@@ -65,17 +96,27 @@ public:
         disk_length_ = partition.find('/');
         partition_length_ = partition.size() - disk_length_ - 1;
         path_ = partition;
+        const auto is_earlier = [](const DOCUMENT_T &document, const std::string &path) {
+            return is_walked_before(document.folder, path);
+        };
+        next_ = static_cast<size_t>(std::lower_bound(before_.begin(), before_.end(), path_, is_earlier) -
+                                    before_.begin());
         look_into(FOLDER_T(root_.file(), path_.c_str()), 1);
         return std::move(documents_);
     }
 
 private:
     void look_into(const FOLDER_T &folder, size_t level) {
+        struct stat status {};
+        const bool is_there = fstat(folder.file(), &status) == 0; // before it is read
         CONTENT_T content;
         if (!read(folder, path_.c_str(), &content))
             return;
-        if (content.has_document)
-            documents_.push_back({path_, disk_length_, partition_length_});
+        if (content.has_document) {
+            const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
+            const bool may_be_relied_on = is_there && content.folders.empty() && has_settled(signature);
+            add(may_be_relied_on ? signature : FOLDER_SIGNATURE_T{}, place_before());
+        }
         if (level == DEEPEST && !content.folders.empty()) {
             SERVER_WARN("目录层次过深: %s", path_.c_str());
             return;
@@ -85,9 +126,34 @@ private:
             if (stop_)
                 return;
             path_.append("/").append(name);
-            look_into(FOLDER_T(folder.file(), name.c_str()), level + 1);
+            if (!add_unchanged(folder, name))
+                look_into(FOLDER_T(folder.file(), name.c_str()), level + 1);
             path_.resize(length);
         }
+    }
+
+    void add(const FOLDER_SIGNATURE_T &leaf, size_t before) {
+        documents_.push_back({path_, disk_length_, partition_length_, leaf, before});
+    }
+
+    // Whether it is a folder of the last walk that has nothing but its document still.
+    bool add_unchanged(const FOLDER_T &parent, const std::string &name) {
+        const size_t place = place_before();
+        if (place == UNKNOWN || before_[place].leaf == FOLDER_SIGNATURE_T{})
+            return false;
+        struct stat status {};
+        if (fstatat(parent.file(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0 ||
+            signature_of_folder(status) != before_[place].leaf)
+            return false;
+        add(before_[place].leaf, place);
+        return true;
+    }
+
+    // Both walks go the same way.
+    size_t place_before() {
+        while (next_ < before_.size() && is_walked_before(before_[next_].folder, path_))
+            next_++;
+        return next_ < before_.size() && before_[next_].folder == path_ ? next_ : UNKNOWN;
     }
 
     bool read(const FOLDER_T &folder, const char *path, CONTENT_T *content) {
@@ -124,6 +190,8 @@ private:
 
     const FOLDER_T &root_;
     const std::atomic<bool> &stop_;
+    const std::span<const DOCUMENT_T> before_;
+    size_t next_ = 0; // in it
     std::vector<DOCUMENT_T> documents_;
     std::string path_;
     size_t disk_length_ = 0;
@@ -132,7 +200,7 @@ private:
 };
 
 SIGNATURE_T signature_of(const struct stat &status) {
-    return {status.st_ino, status.st_size, status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec};
+    return {status.st_ino, status.st_size, nanoseconds(status.st_mtim)};
 }
 
 // Calls work() in so many threads, this one among them, and waits until all have returned.
@@ -149,11 +217,12 @@ void share(size_t threads, WORK work) {
 
 } // namespace
 
-LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop) {
+LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop,
+                         std::span<const DOCUMENT_T> before) {
     const FOLDER_T root(AT_FDCWD, path.c_str());
     LIBRARY_T library;
     std::vector<std::string> partitions;
-    const auto top = std::make_unique<WALK_T>(root, stop); // its buffer is large for a stack
+    const auto top = std::make_unique<WALK_T>(root, stop, before); // its buffer is large for a stack
     for (const std::string &name : top->folders_in(".")) {
         DISK_T &disk = library.disks.emplace_back();
         disk.name = name;
@@ -168,7 +237,7 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
     std::atomic<bool> short_of_memory = false; // no exception may leave a thread
     share(std::min(threads, partitions.size()), [&] {
         try {
-            const auto walk = std::make_unique<WALK_T>(root, stop);
+            const auto walk = std::make_unique<WALK_T>(root, stop, before);
             for (size_t i = next++; i < partitions.size(); i = next++)
                 found[i] = walk->documents_in(partitions[i]);
         } catch (const std::bad_alloc &) {

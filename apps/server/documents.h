@@ -3,6 +3,9 @@
 #define TAVISYS_SERVER_DOCUMENTS_H
 
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,11 +14,24 @@
 
 namespace server {
 
+// What tells whether a folder still has the entries that it had.
+struct FOLDER_SIGNATURE_T {
+    uint64_t device = 0;
+    uint64_t inode = 0;
+    int64_t modified_ns = 0;
+    bool operator==(const FOLDER_SIGNATURE_T &) const = default;
+};
+
+constexpr size_t UNKNOWN = SIZE_MAX;
+
 // A document of the library: DIR/<disk>/<partition>/<folder...>/metadata.xml.
 struct DOCUMENT_T {
     std::string folder;      // below the library folder: "sda/sda1/TV1993-0001"
     size_t disk_length;      // of "sda" in it
     size_t partition_length; // of "sda1" behind the first slash
+    // Of a folder without folders that had last changed well before it was read. Else of no folder.
+    FOLDER_SIGNATURE_T leaf;
+    size_t before = UNKNOWN; // its place among the documents of the last walk
 
     std::string disk() const { return folder.substr(0, disk_length); }
     std::string partition() const { return folder.substr(disk_length + 1, partition_length); }
@@ -28,8 +44,10 @@ struct LIBRARY_T {
 
 // Walks the library's partitions with so many threads; the documents come in the order of their paths
 // all the same. Symbolic links are not followed. What can't be read is logged and passed over. Ends early,
-// with what it has, when `stop` is set.
-LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop);
+// with what it has, when `stop` is set. `before`: the documents of the last walk; those of their folders that
+// have no others in them are read again only when they have changed.
+LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop,
+                         std::span<const DOCUMENT_T> before = {});
 
 // Reads whole documents into a buffer that is used again.
 class DOCUMENT_READER_T {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
 #include <new>
 #include <string_view>
 #include <system_error>
@@ -71,17 +70,13 @@ public:
     }
     // Whether the library is what it was at the last scan.
     bool found_nothing_new() const {
-        return known_ == movies_.size() + repeats_.size() && known_ == scanner_->loaded_.size() &&
-               library_.disks == scanner_->disks_;
+        return known_ == loaded_ && known_ == scanner_->movies_ && library_.disks == scanner_->library_.disks;
     }
     // Leaves to the scanner what the next scan need not parse.
     void hand_over() {
-        std::move(repeats_.begin(), repeats_.end(), std::back_inserter(movies_));
-        std::sort(movies_.begin(), movies_.end(),
-                  [](const MOVIE_PTR &left, const MOVIE_PTR &right) { return left->folder < right->folder; });
-        scanner_->loaded_ = std::move(movies_);
-        scanner_->refused_ = std::move(refused_);
-        scanner_->disks_ = std::move(library_.disks);
+        scanner_->library_ = std::move(library_);
+        scanner_->outcomes_ = std::move(outcomes_);
+        scanner_->movies_ = loaded_;
     }
 
 private:
@@ -128,51 +123,49 @@ private:
     // catalogue whichever parser was faster.
     void collect() {
         for (; collected_ < library_.documents.size(); collected_++) {
-            OUTCOME_T outcome;
             {
                 const std::lock_guard lock(mutex_);
                 if (!outcomes_[collected_].finished())
                     return;
-                outcome = std::move(outcomes_[collected_]);
             }
-            keep(std::move(outcome), library_.documents[collected_], partition_of_[collected_]);
+            keep(outcomes_[collected_], library_.documents[collected_], partition_of_[collected_]);
         }
     }
 
-    void keep(OUTCOME_T outcome, const DOCUMENT_T &document, PARTITION_T *partition) {
+    void keep(const OUTCOME_T &outcome, const DOCUMENT_T &document, PARTITION_T *partition) {
         if (partition != current_) // a code may come again on another partition
             codes_.clear();
         current_ = partition;
+        loaded_ += outcome.movie != nullptr ? 1 : 0;
+        const char *reason = outcome.reason;
         if (outcome.movie != nullptr && !codes_.insert(outcome.movie->record->info->movie_code).second) {
             scanner_->store_->recount_as_failed();
-            repeats_.push_back(std::move(outcome.movie));
-            outcome = {nullptr, "同一分区上已有相同影片编码的影片"};
+            reason = "同一分区上已有相同影片编码的影片";
         }
-        if (outcome.movie != nullptr) {
-            movies_.push_back(std::move(outcome.movie));
+        if (reason == nullptr) {
+            movies_.push_back(outcome.movie);
             partition->stat.parseok_movies++;
             return;
         }
         partition->stat.parseerr_movies++;
         scanner_->progress_.hide();
         SERVER_WARN("跳过影片 %s/%s/metadata.xml: %s", scanner_->root_.c_str(), document.folder.c_str(),
-                    outcome.reason);
+                    reason);
     }
 
     OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) try {
         SIGNATURE_T signature;
-        if (scanner_->scans_ > 0 && reader->look(document, &signature))
-            if (OUTCOME_T outcome = scanner_->known(document, signature); outcome.finished()) {
-                if (outcome.movie == nullptr)
-                    refuse(document, signature, outcome.reason);
-                else
-                    known_++;
-                return outcome;
+        if (document.before != UNKNOWN && reader->look(document, &signature)) {
+            const OUTCOME_T &before = scanner_->outcomes_[document.before];
+            if (before.finished() && before.is_of(signature)) {
+                known_ += before.movie != nullptr ? 1 : 0;
+                return before;
             }
+        }
         if (const char *reason = reader->open(document, &signature); reason != nullptr)
-            return {nullptr, reason};
+            return {nullptr, reason, {}};
         if (const char *reason = reader->read(); reason != nullptr)
-            return {nullptr, reason};
+            return {nullptr, reason, {}};
         scanner_->parsed_++;
         DBDATA_MOVIE_INFORMATION_T *record = nullptr;
         TAVI_METADATA_FAILURE_E failure = TAVI_METADATA_OK;
@@ -180,20 +173,14 @@ private:
             0) {
             const char *reason = get_tavi_metadata_failure_text(failure);
             const bool final = failure != TAVI_METADATA_MEMORY && failure != TAVI_METADATA_NO_CATEGORY;
-            return final ? refuse(document, signature, reason) : OUTCOME_T{nullptr, reason};
+            return {nullptr, reason, final ? signature : SIGNATURE_T{}};
         }
         const OWNED_MOVIE_T owned(record);
         if (!set_position(record, document))
-            return {nullptr, SHORT_OF_MEMORY};
-        return {std::make_shared<const MOVIE_T>(*record, document.folder, signature)};
+            return {nullptr, SHORT_OF_MEMORY, {}};
+        return {std::make_shared<const MOVIE_T>(*record, document.folder, signature), nullptr, {}};
     } catch (const std::bad_alloc &) {
-        return {nullptr, SHORT_OF_MEMORY};
-    }
-
-    OUTCOME_T refuse(const DOCUMENT_T &document, const SIGNATURE_T &signature, const char *reason) {
-        const std::lock_guard lock(mutex_);
-        refused_.insert_or_assign(document.folder, REFUSAL_T{signature, reason});
-        return {nullptr, reason};
+        return {nullptr, SHORT_OF_MEMORY, {}};
     }
 
     void publish_if_due() {
@@ -215,12 +202,11 @@ private:
     std::condition_variable changed_;
     std::vector<OUTCOME_T> outcomes_;
     size_t finished_ = 0;
-    REFUSALS_T refused_;
     std::atomic<size_t> known_ = 0; // movies that need not be parsed
 
     size_t collected_ = 0;
     std::vector<MOVIE_PTR> movies_;
-    std::vector<MOVIE_PTR> repeats_;             // of codes on the same partition: not served, but known
+    size_t loaded_ = 0;                          // with the repeats of codes, which are not served
     const PARTITION_T *current_ = nullptr;       // of the last collected document
     std::unordered_set<std::string_view> codes_; // on it
     CLOCK_T::time_point published_at_ = CLOCK_T::now();
@@ -273,12 +259,12 @@ void SCANNER_T::run() {
 void SCANNER_T::scan() {
     const auto begun = CLOCK_T::now();
     store_->begin(SYSRUN_STATUS_WAITING, 0);
-    LIBRARY_T library = find_documents(root_, parsers_, stop_);
+    LIBRARY_T library = find_documents(root_, parsers_, stop_, library_.documents);
     identify_devices(root_, machine_, &library.disks);
     store_->begin(SYSRUN_STATUS_PARSING, static_cast<INT32_T>(library.documents.size()));
 
     SCAN_T scan(this, std::move(library));
-    scan.run(loaded_.empty());
+    scan.run(movies_ == 0);
     if (stop_)
         return;
     store_->enter(SYSRUN_STATUS_READY);
@@ -292,18 +278,6 @@ void SCANNER_T::scan() {
     const std::chrono::duration<double> took = CLOCK_T::now() - begun;
     SERVER_NOTICE("扫描完成: 影片%d部, 成功%d部, 失败%d部, 用时%.2f秒", status.total_movies,
                   status.parseok_movies, status.parseerr_movies, took.count());
-}
-
-SCANNER_T::OUTCOME_T SCANNER_T::known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const {
-    const auto movie =
-        std::lower_bound(loaded_.begin(), loaded_.end(), document.folder,
-                         [](const MOVIE_PTR &of, const std::string &folder) { return of->folder < folder; });
-    if (movie != loaded_.end() && (*movie)->folder == document.folder && (*movie)->signature == signature)
-        return {*movie};
-    const auto refusal = refused_.find(document.folder);
-    if (refusal != refused_.end() && refusal->second.signature == signature)
-        return {nullptr, refusal->second.reason};
-    return {};
 }
 
 } // namespace server

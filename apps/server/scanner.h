@@ -8,7 +8,6 @@
 #include <mutex>
 #include <string>
 #include <thread>
-#include <unordered_map>
 #include <vector>
 
 #include "documents.h"
@@ -37,20 +36,17 @@ private:
     struct OUTCOME_T {
         MOVIE_PTR movie;              // NULL when it failed
         const char *reason = nullptr; // why it failed: a static text
+        SIGNATURE_T refused;          // of a document that fails as long as it is the same
         bool finished() const { return movie != nullptr || reason != nullptr; }
+        bool is_of(const SIGNATURE_T &signature) const {
+            return signature == (movie != nullptr ? movie->signature : refused);
+        }
     };
-    // A document that could be read but not loaded.
-    struct REFUSAL_T {
-        SIGNATURE_T signature;
-        const char *reason;
-    };
-    using REFUSALS_T = std::unordered_map<std::string, REFUSAL_T>; // by folder
     class SCAN_T;
 
     void run();
     bool wait_for_request();
     void scan();
-    OUTCOME_T known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const;
 
     const std::string root_;
     const std::string machine_;
@@ -69,9 +65,9 @@ private:
 
     // What the last scan found: a document that hasn't changed is not parsed again, and its movie keeps its
     // id. Changed between scans only, so parsers read it without a lock.
-    std::vector<MOVIE_PTR> loaded_; // by folder
-    REFUSALS_T refused_;
-    std::vector<DISK_T> disks_;
+    LIBRARY_T library_;
+    std::vector<OUTCOME_T> outcomes_; // of its documents
+    size_t movies_ = 0;               // among them
 };
 
 } // namespace server
