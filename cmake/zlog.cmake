@@ -2,7 +2,7 @@
 #   TAVISYS_ZLOG=AUTO     link zlog when it is found
 #   TAVISYS_ZLOG=SYSTEM   zlog must be there
 #   TAVISYS_ZLOG=BUNDLED  the stand-in, whatever is installed
-# Defines the target tavisys_zlog and, for the stand-in, zlog_sources.
+# Defines the target tavisys_zlog and, for the stand-in, zlog_sources, else zlog_library, the name to link.
 set(TAVISYS_ZLOG AUTO CACHE STRING "Which zlog to use: AUTO, SYSTEM or BUNDLED")
 set_property(CACHE TAVISYS_ZLOG PROPERTY STRINGS AUTO SYSTEM BUNDLED)
 if(NOT TAVISYS_ZLOG MATCHES "^(AUTO|SYSTEM|BUNDLED)$")
@@ -11,6 +11,7 @@ endif()
 
 add_library(tavisys_zlog INTERFACE)
 set(zlog_sources)
+set(zlog_library)
 if(NOT TAVISYS_ZLOG STREQUAL "BUNDLED")
   find_path(ZLOG_INCLUDE_DIR zlog.h)
   find_library(ZLOG_LIBRARY zlog)
@@ -18,6 +19,7 @@ if(NOT TAVISYS_ZLOG STREQUAL "BUNDLED")
 endif()
 if(ZLOG_INCLUDE_DIR AND ZLOG_LIBRARY AND NOT TAVISYS_ZLOG STREQUAL "BUNDLED")
   message(STATUS "zlog: ${ZLOG_LIBRARY}")
+  set(zlog_library zlog)
   target_include_directories(tavisys_zlog SYSTEM INTERFACE ${ZLOG_INCLUDE_DIR})
   target_link_libraries(tavisys_zlog INTERFACE ${ZLOG_LIBRARY})
 elseif(TAVISYS_ZLOG STREQUAL "SYSTEM")

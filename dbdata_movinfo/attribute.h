@@ -38,6 +38,18 @@ bool has_key(const NODE_OF<FAMILY> *node, KEY key) {
     return node->info != nullptr && same_key(node->info->*FAMILY::KEY, key);
 }
 
+// What finds the node of a key. A NULL key is no node's, also where a record lacks its own.
+inline bool is_key(const INT8_T *key) {
+    return key != nullptr;
+}
+inline bool is_key(INT32_T /*key*/) {
+    return true;
+}
+template <class FAMILY, class KEY>
+auto holds_key(KEY key) {
+    return [key](const NODE_OF<FAMILY> *node) { return is_key(key) && has_key<FAMILY>(node, key); };
+}
+
 inline bool store_key(INT8_T *&field, const INT8_T *key) {
     return store_copy(field, key);
 }
@@ -132,7 +144,7 @@ RTSTATUS add_list_node(NODE_OF<FAMILY> **list, NODE_OF<FAMILY> *node) {
 
 template <class FAMILY, class KEY>
 NODE_OF<FAMILY> *find_by_key(const NODE_OF<FAMILY> *list, KEY key) {
-    return find_node(list, [key](const NODE_OF<FAMILY> *node) { return has_key<FAMILY>(node, key); });
+    return find_node(list, holds_key<FAMILY>(key));
 }
 
 template <class FAMILY>
@@ -151,9 +163,7 @@ void delete_list(NODE_OF<FAMILY> **list) {
 
 template <class FAMILY, class KEY>
 void delete_by_key(NODE_OF<FAMILY> **list, KEY key) {
-    delete_first_node(
-        list, [key](const NODE_OF<FAMILY> *node) { return has_key<FAMILY>(node, key); },
-        delete_list_node<FAMILY>);
+    delete_first_node(list, holds_key<FAMILY>(key), delete_list_node<FAMILY>);
 }
 
 // Whatever the serial number: callers take the movies of a disk off the nodes first, then call this until

@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "dbdata_movinfo/attribute.h"
+#include "support/show.h"
 
 using namespace tavisys;
 
@@ -68,7 +69,8 @@ void delete_dbdata_actor_information_list(DBDATA_ACTOR_INFORMATION_LIST_T **list
 
 void show_dbdata_actor_information(const DBDATA_ACTOR_INFORMATION_T *info) {
     if (info != nullptr)
-        printf("演员编码: %s, 演员名称: %s. 该节点被引用了%d次\n", info->code, info->name, info->count);
+        printf("演员编码: %s, 演员名称: %s. 该节点被引用了%d次\n", shown(info->code), shown(info->name),
+               info->count);
 }
 
 void show_dbdata_actor_information_list(const DBDATA_ACTOR_INFORMATION_LIST_T *list, INT32_T show_movie) {

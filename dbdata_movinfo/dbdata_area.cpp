@@ -5,6 +5,7 @@
 
 #include "dbdata_movinfo/attribute.h"
 #include "dbdata_movinfo/id_map.h"
+#include "support/show.h"
 
 using namespace tavisys;
 
@@ -73,7 +74,7 @@ void delete_dbdata_area_information_list(DBDATA_AREA_INFORMATION_LIST_T **list) 
 
 void show_dbdata_area_information(const DBDATA_AREA_INFORMATION_T *info) {
     if (info != nullptr)
-        printf("影片拍摄地: %s. 该节点被引用了%d次\n", info->name, info->count);
+        printf("影片拍摄地: %s. 该节点被引用了%d次\n", shown(info->name), info->count);
 }
 
 void show_dbdata_area_information_list(const DBDATA_AREA_INFORMATION_LIST_T *list, INT32_T show_movie) {

@@ -5,6 +5,7 @@
 
 #include "dbdata_movinfo/attribute.h"
 #include "dbdata_movinfo/category_table.h"
+#include "support/show.h"
 
 using namespace tavisys;
 
@@ -109,7 +110,7 @@ void delete_dbdata_category_information_list(DBDATA_CATEGORY_INFORMATION_LIST_T 
 
 void show_dbdata_category_information(const DBDATA_CATEGORY_INFORMATION_T *info) {
     if (info != nullptr)
-        printf("分类名称: %s. 该节点被引用了%d次\n", info->name, info->count);
+        printf("分类名称: %s. 该节点被引用了%d次\n", shown(info->name), info->count);
 }
 
 void show_dbdata_category_information_list(const DBDATA_CATEGORY_INFORMATION_LIST_T *list,

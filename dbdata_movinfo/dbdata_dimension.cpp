@@ -5,6 +5,7 @@
 
 #include "dbdata_movinfo/attribute.h"
 #include "dbdata_movinfo/id_map.h"
+#include "support/show.h"
 
 using namespace tavisys;
 
@@ -73,7 +74,7 @@ void delete_dbdata_dimension_information_list(DBDATA_DIMENSION_INFORMATION_LIST_
 
 void show_dbdata_dimension_information(const DBDATA_DIMENSION_INFORMATION_T *info) {
     if (info != nullptr)
-        printf("维度: %s. 该节点被引用了%d次\n", info->dimension, info->count);
+        printf("维度: %s. 该节点被引用了%d次\n", shown(info->dimension), info->count);
 }
 
 void show_dbdata_dimension_information_list(const DBDATA_DIMENSION_INFORMATION_LIST_T *list,

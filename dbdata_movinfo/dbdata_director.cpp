@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "dbdata_movinfo/attribute.h"
+#include "support/show.h"
 
 using namespace tavisys;
 
@@ -68,7 +69,8 @@ void delete_dbdata_director_information_list(DBDATA_DIRECTOR_INFORMATION_LIST_T 
 
 void show_dbdata_director_information(const DBDATA_DIRECTOR_INFORMATION_T *info) {
     if (info != nullptr)
-        printf("导演编码: %s, 导演名称: %s. 该节点被引用了%d次\n", info->code, info->name, info->count);
+        printf("导演编码: %s, 导演名称: %s. 该节点被引用了%d次\n", shown(info->code), shown(info->name),
+               info->count);
 }
 
 void show_dbdata_director_information_list(const DBDATA_DIRECTOR_INFORMATION_LIST_T *list,

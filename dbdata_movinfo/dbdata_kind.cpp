@@ -7,6 +7,7 @@
 
 #include "dbdata_movinfo/attribute.h"
 #include "dbdata_movinfo/id_map.h"
+#include "support/show.h"
 
 using namespace tavisys;
 
@@ -99,7 +100,7 @@ void delete_dbdata_kind_information_list(DBDATA_KIND_INFORMATION_LIST_T **list) 
 
 void show_dbdata_kind_information(const DBDATA_KIND_INFORMATION_T *info) {
     if (info != nullptr)
-        printf("类型名称: %s. 该节点被引用了%d次\n", info->name, info->count);
+        printf("类型名称: %s. 该节点被引用了%d次\n", shown(info->name), info->count);
 }
 
 void show_dbdata_kind_information_list(const DBDATA_KIND_INFORMATION_LIST_T *list, INT32_T show_movie) {

@@ -5,6 +5,7 @@
 
 #include "dbdata_movinfo/attribute.h"
 #include "dbdata_movinfo/id_map.h"
+#include "support/show.h"
 
 using namespace tavisys;
 
@@ -75,7 +76,7 @@ void delete_dbdata_resolution_information_list(DBDATA_RESOLUTION_INFORMATION_LIS
 
 void show_dbdata_resolution_information(const DBDATA_RESOLUTION_INFORMATION_T *info) {
     if (info != nullptr)
-        printf("分辨率: %s. 该节点被引用了%d次\n", info->resolution, info->count);
+        printf("分辨率: %s. 该节点被引用了%d次\n", shown(info->resolution), info->count);
 }
 
 void show_dbdata_resolution_information_list(const DBDATA_RESOLUTION_INFORMATION_LIST_T *list,

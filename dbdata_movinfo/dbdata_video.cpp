@@ -87,7 +87,8 @@ void delete_dbdata_video_information_list(DBDATA_VIDEO_INFORMATION_LIST_T **list
 
 void show_dbdata_video_information(const DBDATA_VIDEO_INFORMATION_T *info) {
     if (info != nullptr)
-        printf("视频序号: %d, 视频名称: %s, 视频路径: %s\n", info->seqno, info->name, info->filepath);
+        printf("视频序号: %d, 视频名称: %s, 视频路径: %s\n", info->seqno, shown(info->name),
+               shown(info->filepath));
 }
 
 void show_dbdata_video_information_list(const DBDATA_VIDEO_INFORMATION_LIST_T *list) {

@@ -1,7 +1,10 @@
 /** @file codec_basic_movinfo.h
  *  One page of movies, the reply body of requests 1006 and 5006: five paging integers, then a counted list
  *  of short movie descriptions; and two bodies for programs that settle among themselves when to send
- *  them: pairs of movie and video ids, and videos by movie code. */
+ *  them: pairs of movie and video ids, and videos by movie code.
+ *
+ *  What is logged goes to zlog's default category (dzlog). The WARN line of an encoder is
+ *  "参数获取出错! ..." for a NULL argument and "创建内存失败.." when memory is short. */
 #ifndef TAVISYS_CODEC_BASIC_MOVINFO_H
 #define TAVISYS_CODEC_BASIC_MOVINFO_H
 
@@ -11,7 +14,8 @@
 extern "C" {
 #endif
 
-/** A counted array of attribute ids. */
+/** A counted array of attribute ids. With a negative number, or one above 0 and no array, what holds it can't
+ *  be encoded: a failure like the others. */
 typedef struct {
     INT32_T num;  /**< number of ids */
     INT32_T *ids; /**< the ids, owned by the record */
@@ -20,7 +24,7 @@ typedef struct {
 /** One movie in a page. The record owns its strings and ids records, each of which may be NULL. */
 typedef struct {
     INT32_T movid;                     /**< movie id */
-    INT8_T *movcode;                   /**< movie code, by which duplicates are recognised */
+    INT8_T *movcode;                   /**< movie code, which tells duplicates; NULL is one like others */
     INT8_T *movname;                   /**< title */
     UINT32_T score;                    /**< score; tavisys-server sends tenths, 93 for 9.3 */
     INT32_T puttime;                   /**< put on the shelf; tavisys-server sends YYYYMMDD */
@@ -57,7 +61,7 @@ typedef struct {
 
 /** A page: its numbers and its movies. */
 typedef struct {
-    TP_PAGE_INFORMATION pageinfo;
+    TP_PAGE_INFORMATION pageinfo;                    /**< its numbers */
     TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *list; /**< owned by the record */
 } TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T;
 
@@ -246,8 +250,8 @@ TAVISYS_API INT32_T decode_movid_info_to_buffer(const void *msgdata, INT32_T msg
 
 /* Videos by movie code: a count of movies; of each its code, a count of videos and the videos. */
 
-/** @return a video with copies of the strings, each of which may be NULL; or NULL with a WARN line:
- *          memory short. */
+/** @return a video with copies of the strings, each of which may be NULL; or NULL: memory short, with the
+ *          line of a list node, but on the log at WARN. */
 TAVISYS_API TP_VIDEO_LIST *create_video_node(const INT8_T *hdsn, INT32_T index, const INT8_T *movname);
 
 /** Append a video, which the list takes over. It walks the list: n appends cost n squared. NULL arguments
@@ -273,7 +277,9 @@ TAVISYS_API void delete_hard_disk_videolist(TP_HARD_DISK_VIDEO_INFORMATION_T **l
 
 /** Encode a list of videos into a buffer of the caller's (despite the name). Length and count are logged
  *  at INFO.
- *  @param message [out] destination. @param length [in] bytes in the destination.
+ *  @param list    [in]  the videos; may be NULL.
+ *  @param message [out] destination.
+ *  @param length  [in]  bytes in the destination.
  *  @return bytes written, or -1 with a WARN line: NULL argument, length 0, too little room. The buffer
  *          stays the caller's either way. */
 TAVISYS_API INT32_T encode_video_list_to_message(const TP_VIDEO_LIST *list, PVOID message, INT32_T length);

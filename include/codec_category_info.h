@@ -66,7 +66,7 @@ TAVISYS_API RTSTATUS encode_tavisys_category_information_list_to_message(
 TAVISYS_API INT32_T decode_tavisys_category_information_list_from_message(
     const void *msgdata, INT32_T msglen, TP_TAVISYS_CATEGORY_INFORMATION_LIST_T **list);
 
-/** Print the list to standard output, a line for each category. */
+/** Print a headline and a line for each category to standard output. */
 TAVISYS_API void show_tavisys_category_information_list(const TP_TAVISYS_CATEGORY_INFORMATION_LIST_T *list);
 
 #ifdef __cplusplus

@@ -15,18 +15,18 @@ extern "C" {
 
 /** One value of an attribute: a dimension, resolution, category, kind or area. */
 typedef struct {
-    INT8_T *name;
+    INT8_T *name; /**< name */
 } TP_TAVISYS_DBDATA_FILTER_INFORMATION_T;
 
 /** One director or actor. */
 typedef struct {
     INT8_T *code; /**< code of the person */
-    INT8_T *name;
+    INT8_T *name; /**< name */
 } TP_TAVISYS_DBDATA_PERSON_INFORMATION_T;
 
 /** One year. */
 typedef struct {
-    INT32_T year;
+    INT32_T year; /**< year */
 } TP_TAVISYS_DBDATA_YEAR_INFORMATION_T;
 
 /** The posters of a movie. */
@@ -47,58 +47,58 @@ typedef struct {
 
 /** Node of a list of values. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_TAVISYS_DBDATA_FILTER_INFORMATION_T *info;
+    PVOID next;                                   /**< next node or NULL */
+    TP_TAVISYS_DBDATA_FILTER_INFORMATION_T *info; /**< the value */
 } TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T;
 
 /** Node of a list of persons. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_TAVISYS_DBDATA_PERSON_INFORMATION_T *info;
+    PVOID next;                                   /**< next node or NULL */
+    TP_TAVISYS_DBDATA_PERSON_INFORMATION_T *info; /**< the person */
 } TP_TAVISYS_DBDATA_PERSON_INFORMATION_LIST_T;
 
 /** Node of a list of years. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_TAVISYS_DBDATA_YEAR_INFORMATION_T *info;
+    PVOID next;                                 /**< next node or NULL */
+    TP_TAVISYS_DBDATA_YEAR_INFORMATION_T *info; /**< the year */
 } TP_TAVISYS_DBDATA_YEAR_INFORMATION_LIST_T;
 
 /** Node of a list of videos. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_TAVISYS_DBDATA_VIDEO_INFORMATION_T *info;
+    PVOID next;                                  /**< next node or NULL */
+    TP_TAVISYS_DBDATA_VIDEO_INFORMATION_T *info; /**< the video */
 } TP_TAVISYS_DBDATA_VIDEO_INFORMATION_LIST_T;
 
 /** One movie, in the order of the wire. */
 typedef struct {
-    INT32_T mid;       /**< movie id */
-    INT8_T *movcode;   /**< movie code */
-    INT8_T *movnamech; /**< Chinese title */
-    INT8_T *movnameen; /**< English title */
-    INT8_T *imdbvalue; /**< score, as text */
-    INT8_T *acronym;   /**< initials of the title */
-    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *dimension_list;
-    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *resolution_list;
-    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *category_list;
-    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *kind_list;
-    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *area_list;
-    TP_TAVISYS_DBDATA_PERSON_INFORMATION_LIST_T *director_list;
-    TP_TAVISYS_DBDATA_PERSON_INFORMATION_LIST_T *actor_list;
-    TP_TAVISYS_DBDATA_YEAR_INFORMATION_LIST_T *year_list;
-    INT32_T puttime;                                 /**< put into storage */
-    INT32_T pubtime;                                 /**< published */
-    INT32_T putintime;                               /**< put on the shelf */
-    INT32_T duration;                                /**< running time, minutes */
-    TP_TAVISYS_DBDATA_POSTER_INFORMATION_T *posters; /**< posters; may be NULL */
-    INT8_T *summary;                                 /**< synopsis */
-    INT32_T episodes;                                /**< number of episodes */
-    TP_TAVISYS_DBDATA_VIDEO_INFORMATION_LIST_T *video_list;
+    INT32_T mid;                                                  /**< movie id */
+    INT8_T *movcode;                                              /**< movie code */
+    INT8_T *movnamech;                                            /**< Chinese title */
+    INT8_T *movnameen;                                            /**< English title */
+    INT8_T *imdbvalue;                                            /**< score, as text */
+    INT8_T *acronym;                                              /**< initials of the title */
+    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *dimension_list;  /**< dimensions */
+    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *resolution_list; /**< resolutions */
+    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *category_list;   /**< categories */
+    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *kind_list;       /**< kinds */
+    TP_TAVISYS_DBDATA_FILTER_INFORMATION_LIST_T *area_list;       /**< areas */
+    TP_TAVISYS_DBDATA_PERSON_INFORMATION_LIST_T *director_list;   /**< directors */
+    TP_TAVISYS_DBDATA_PERSON_INFORMATION_LIST_T *actor_list;      /**< actors */
+    TP_TAVISYS_DBDATA_YEAR_INFORMATION_LIST_T *year_list;         /**< years */
+    INT32_T puttime;                                              /**< put into storage */
+    INT32_T pubtime;                                              /**< published */
+    INT32_T putintime;                                            /**< put on the shelf */
+    INT32_T duration;                                             /**< running time, minutes */
+    TP_TAVISYS_DBDATA_POSTER_INFORMATION_T *posters;              /**< posters; may be NULL */
+    INT8_T *summary;                                              /**< synopsis */
+    INT32_T episodes;                                             /**< number of episodes */
+    TP_TAVISYS_DBDATA_VIDEO_INFORMATION_LIST_T *video_list;       /**< videos */
 } TP_TAVISYS_DBDATA_MOVIE_INFORMATION_T;
 
 /** Node of a list of movies. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_TAVISYS_DBDATA_MOVIE_INFORMATION_T *info;
+    PVOID next;                                  /**< next node or NULL */
+    TP_TAVISYS_DBDATA_MOVIE_INFORMATION_T *info; /**< the movie */
 } TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T;
 
 /** @return a zeroed record, or NULL: memory short. */
@@ -213,15 +213,16 @@ add_node_to_tp_tavisys_dbdata_movie_information_list(TP_TAVISYS_DBDATA_MOVIE_INF
                                                      TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *node);
 
 /** Encode a list of movies into a fresh body, which the caller frees with safe_free(). Nodes without a
- *  record are left out. The length of the body is told on standard output.
+ *  record are left out. The length of the body is told on standard output: "编码后信息长度为(length)".
  *
  *  A body of several movies can't be decoded: each further movie is written at a smaller offset, as far
  *  behind the start of the one before as that one's video list is long, over its tail. Peers know the body
  *  of one movie only. For more use encode_tp_tavisys_dbdata_movie_information_list_to_message_packed().
  *
- *  @return 0, or -1 with a line on standard output and the out-arguments untouched: NULL list, a movie
+ *  @return 0, or -1 with lines on standard output and the out-arguments untouched: NULL list, a movie
  *          whose `director_list`, `actor_list`, `year_list` or `video_list` is NULL (an empty one is a
- *          node without a record), memory short. -1 without a line: NULL out-argument. */
+ *          node without a record), memory short: "分配(length)字节内存空间出错.错误原因: ...". -1 without
+ *          a line: NULL out-argument. */
 TAVISYS_API RTSTATUS encode_tp_tavisys_dbdata_movie_information_list_to_message(
     const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *list, PVOID *msgdata, INT32_T *msglen);
 
@@ -238,7 +239,7 @@ TAVISYS_API RTSTATUS encode_tp_tavisys_dbdata_movie_information_list_to_message_
 TAVISYS_API INT32_T decode_tp_tavisys_dbdata_movie_information_list_from_message(
     const void *msgdata, INT32_T msglen, TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T **list);
 
-/* Listings on standard output. A NULL record prints nothing, a NULL string "(null)". */
+/* Listings on standard output. */
 
 /** Print the name and a blank. */
 TAVISYS_API void
@@ -277,13 +278,13 @@ show_tp_tavisys_dbdata_movie_information_list(const TP_TAVISYS_DBDATA_MOVIE_INFO
 
 /** A movie code. */
 typedef struct {
-    INT8_T *movcode;
+    INT8_T *movcode; /**< movie code */
 } TP_MOVCODE_INFORMATION_T;
 
 /** Node of a list of movie codes. A node without a record travels, too. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_MOVCODE_INFORMATION_T *info;
+    PVOID next;                     /**< next node or NULL */
+    TP_MOVCODE_INFORMATION_T *info; /**< the code; may be NULL */
 } TP_MOVCODE_INFORMATION_LIST_T;
 
 /** Body of request 3005: which movies are asked for, by code. Unlike the other request records it is
@@ -340,7 +341,10 @@ TAVISYS_API INT32_T decode_movinfo_request_information_from_buffer(
  * writes it itself and the items behind it, with the functions named ..._argument_to_buffer. */
 
 /** Encode the two ids into a buffer of the caller's. Either may be NULL.
- *  @param message [out] destination. @param length [in] bytes in the destination.
+ *  @param mid     [in]  movie id.
+ *  @param vid     [in]  video id.
+ *  @param message [out] destination.
+ *  @param length  [in]  bytes in the destination.
  *  @return bytes written, or -1: NULL destination, too little room. */
 TAVISYS_API INT32_T encode_mid_vid_argument_to_buffer(const INT8_T *mid, const INT8_T *vid, PVOID message,
                                                       INT32_T length);
@@ -350,13 +354,20 @@ TAVISYS_API INT32_T encode_mid_vid_to_buffer(const INT8_T *mid, const INT8_T *vi
                                              INT32_T *msglen);
 /** Decode (despite the name) an integer and, unless it is 0, the two ids, which the caller frees with
  *  safe_free(), also *mid when the call failed behind it: clear both before the call.
- *  @return bytes consumed (4 with both left as they were when the integer is 0), or -1: NULL argument,
- *          body cut short or malformed, memory short. */
+ *  @return bytes consumed, or -1: NULL argument, body cut short or malformed, memory short. When the integer
+ *          is 0: 4, whatever the out-arguments are, and both are left as they were. */
 TAVISYS_API INT32_T decode_mid_vid_to_buffer(const void *msgdata, INT32_T msglen, INT8_T **mid, INT8_T **vid);
 
 /** Encode an answer into a buffer of the caller's: two integers and four strings, any of which may be
  *  NULL.
- *  @param message [out] destination. @param length [in] bytes in the destination.
+ *  @param index     [in]  index.
+ *  @param duration  [in]  minutes.
+ *  @param hdsn      [in]  serial number of the hard disk.
+ *  @param name      [in]  title.
+ *  @param movsn     [in]  movie code.
+ *  @param dimension [in]  dimension.
+ *  @param message [out] destination.
+ *  @param length  [in]  bytes in the destination.
  *  @return bytes written, or -1: NULL destination, too little room. */
 TAVISYS_API INT32_T encode_basic_movie_argument_to_buffer(INT32_T index, INT32_T duration, const INT8_T *hdsn,
                                                           const INT8_T *name, const INT8_T *movsn,
@@ -372,9 +383,16 @@ TAVISYS_API INT32_T encode_basic_movie_return(INT32_T index, INT32_T duration, c
 /** Decode (despite the name) an integer and, unless it is 0, an answer, whose strings the caller frees with
  *  safe_free(), also those that were decoded before the call failed: clear them before the call. The
  *  integers may have been written by then, too.
- *  @param msglen [in] the address of the number of bytes in the body.
- *  @return bytes consumed (4 with all left as they were when the integer is 0), or -1: NULL argument,
- *          body cut short or malformed, memory short. */
+ *  @param msgdata   [in]  the body.
+ *  @param msglen    [in]  the address of the number of bytes in the body.
+ *  @param index     [out] receives the index.
+ *  @param duration  [out] receives the minutes.
+ *  @param hdsn      [out] receives the serial number of the hard disk.
+ *  @param name      [out] receives the title.
+ *  @param movsn     [out] receives the movie code.
+ *  @param dimension [out] receives the dimension.
+ *  @return bytes consumed, or -1: NULL argument, body cut short or malformed, memory short. When the integer
+ *          is 0: 4, whatever the out-arguments are, and all are left as they were. */
 TAVISYS_API INT32_T decode_basic_movie_to_buffer(const void *msgdata, const INT32_T *msglen, INT32_T *index,
                                                  INT32_T *duration, INT8_T **hdsn, INT8_T **name,
                                                  INT8_T **movsn, INT8_T **dimension);
@@ -385,14 +403,14 @@ TAVISYS_API INT32_T decode_basic_movie_to_buffer(const void *msgdata, const INT3
 TAVISYS_API int calc_ffmpegc_movie_path_length(const INT8_T *ptdev, const INT8_T *video_rpath);
 /** Encode a path, either part of which may be NULL, into a fresh body, which the caller frees with
  *  safe_free().
- *  @return 0, or -1 with the out-arguments untouched: NULL out-argument, memory short (with a word on
- *          standard output). */
+ *  @return 0, or -1 with the out-arguments untouched: NULL out-argument, memory short, with
+ *          "创建内存失败.." on standard output. */
 TAVISYS_API INT32_T encode_ffmpegc_movie_path_to_buffer(const INT8_T *ptdev, const INT8_T *video_rpath,
                                                         PVOID *msgdata, INT32_T *msglen);
 /** Decode a path, whose parts the caller frees with safe_free(), also *ptdev when the call failed behind
  *  it: clear both before the call.
- *  @return bytes consumed; 0, not -1, for a NULL body; -1 with a word on standard output: NULL
- *          out-argument, body cut short or malformed, memory short. */
+ *  @return bytes consumed; 0, not -1, for a NULL body; -1 with "failed to decode_ptr_data_from_buffer" on
+ *          standard output: NULL out-argument, body cut short or malformed, memory short. */
 TAVISYS_API INT32_T decode_ffmpegc_movie_path_from_buffer(const void *msgdata, INT32_T msglen, INT8_T **ptdev,
                                                           INT8_T **video_rpath);
 

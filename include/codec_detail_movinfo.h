@@ -14,7 +14,7 @@ extern "C" {
 
 /** Dimension of a movie. */
 typedef struct {
-    INT32_T id;
+    INT32_T id;   /**< dimension id */
     INT8_T *name; /**< "2D", "3D"; may be NULL */
 } TP_MOVIE_DIMENSION_INFORMATION_T;
 

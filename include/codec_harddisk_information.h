@@ -2,7 +2,7 @@
  *  The hard disks of a server with their partitions, the reply body of request 3000.
  *
  *  Lists are held by the address of their head; an empty list is NULL. In a list of disks and in the
- *  partitions of a disk no device name may stand twice. */
+ *  partitions of a disk no device name may stand twice; NULL is a name like others. */
 #ifndef TAVISYS_CODEC_HARDDISK_INFORMATION_H
 #define TAVISYS_CODEC_HARDDISK_INFORMATION_H
 
@@ -22,8 +22,8 @@ typedef struct {
 
 /** Node of a list of partitions. The node owns its record. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_TAVISYS_PARTITION_INFORMATION_T *info;
+    PVOID next;                               /**< next node or NULL */
+    TP_TAVISYS_PARTITION_INFORMATION_T *info; /**< the partition */
 } TP_TAVISYS_PARTITION_INFORMATION_LIST_T;
 
 /** One hard disk. */
@@ -34,8 +34,8 @@ typedef struct {
 
 /** Node of a list of hard disks. The partitions stand beside the disk's record, not in it. */
 typedef struct {
-    PVOID next; /**< next node or NULL */
-    TP_TAVISYS_HARDDISK_INFORMATION_T *info;
+    PVOID next;                                    /**< next node or NULL */
+    TP_TAVISYS_HARDDISK_INFORMATION_T *info;       /**< the disk */
     TP_TAVISYS_PARTITION_INFORMATION_LIST_T *list; /**< the disk's partitions */
 } TP_TAVISYS_HARDDISK_INFORMATION_LIST_T;
 
@@ -114,12 +114,12 @@ TAVISYS_API RTSTATUS encode_tavisys_harddisk_information_list_to_message(
 TAVISYS_API INT32_T decode_tavisys_harddisk_information_list_from_message(
     const void *msgdata, INT32_T msglen, TP_TAVISYS_HARDDISK_INFORMATION_LIST_T **list);
 
-/** Print a line on standard output; nothing for NULL. A NULL string is shown as "(null)". */
+/** Print a line on standard output. */
 TAVISYS_API void show_tp_tavisys_partition_information(const TP_TAVISYS_PARTITION_INFORMATION_T *info);
 /** Print a line for each partition. */
 TAVISYS_API void
 show_tp_tavisys_partition_information_list(const TP_TAVISYS_PARTITION_INFORMATION_LIST_T *list);
-/** Print a line on standard output; nothing for NULL. A NULL string is shown as "(null)". */
+/** Print a line on standard output. */
 TAVISYS_API void show_tp_tavisys_harddisk_information(const TP_TAVISYS_HARDDISK_INFORMATION_T *info);
 /** Print a line for each disk and, indented, for each of its partitions. */
 TAVISYS_API void

@@ -31,7 +31,7 @@ TAVISYS_API RTSTATUS encode_tavisys_system_information_to_message(const TP_TAVIS
 TAVISYS_API INT32_T decode_tavisys_system_information_from_message(const void *msgdata, INT32_T msglen,
                                                                    TP_TAVISYS_SYSTEM_INFORMATION_T **info);
 
-/** Print "系统共有%d个硬盘,%d部影片" to standard output; nothing for NULL. */
+/** Print "系统共有%d个硬盘,%d部影片" to standard output. */
 TAVISYS_API void show_tavisys_system_information(const TP_TAVISYS_SYSTEM_INFORMATION_T *info);
 
 #ifdef __cplusplus

@@ -33,8 +33,7 @@ TAVISYS_API RTSTATUS encode_tavisys_version_information_to_message(
 TAVISYS_API INT32_T decode_tavisys_version_information_from_message(const void *msgdata, INT32_T msglen,
                                                                     TP_TAVISYS_VERSION_INFORMATION_T **info);
 
-/** Print version, name and code, a line each, to standard output; nothing for NULL. A NULL string is
- *  printed as "(null)". */
+/** Print version, name and code, a line each, to standard output. */
 TAVISYS_API void show_tavisys_version_information(const TP_TAVISYS_VERSION_INFORMATION_T *info);
 
 #ifdef __cplusplus

@@ -56,7 +56,9 @@ TAVISYS_API INT32_T calc_encode_video_information_list_length(const TP_TAVISYS_V
                                                               INT32_T *number);
 
 /** Encode a list into a buffer of the caller's, nodes without a record left out.
- *  @param message [out] destination. @param length [in] bytes in the destination.
+ *  @param list    [in]  the videos.
+ *  @param message [out] destination.
+ *  @param length  [in]  bytes in the destination.
  *  @return bytes written, or -1: NULL argument, an empty list, too little room. The buffer stays the
  *          caller's either way. */
 TAVISYS_API INT32_T encode_tavisys_video_information_list_to_buffer(

@@ -57,6 +57,7 @@ TAVISYS_API RTSTATUS add_node_to_dbdata_actor_information_list(DBDATA_ACTOR_INFO
                                                                DBDATA_ACTOR_INFORMATION_LIST_T *node);
 
 /** @param list [in] address of the head pointer, unlike in the attribute families.
+ *  @param code [in] code of the person.
  *  @return the first node of that code, which stays in the list, or NULL. */
 TAVISYS_API DBDATA_ACTOR_INFORMATION_LIST_T *
 found_node_from_dbdata_actor_information_list_by_code(DBDATA_ACTOR_INFORMATION_LIST_T **list,

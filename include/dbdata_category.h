@@ -85,7 +85,9 @@ TAVISYS_API void delete_dbdata_category_information_list(DBDATA_CATEGORY_INFORMA
 /** Print the record to standard output. */
 TAVISYS_API void show_dbdata_category_information(const DBDATA_CATEGORY_INFORMATION_T *info);
 
-/** Print every record of the list, and after each its kinds. @param show_movie [in] ignored. */
+/** Print every record of the list, and after each its kinds.
+ *  @param list       [in] may be NULL.
+ *  @param show_movie [in] ignored. */
 TAVISYS_API void show_dbdata_category_information_list(const DBDATA_CATEGORY_INFORMATION_LIST_T *list,
                                                        INT32_T show_movie);
 

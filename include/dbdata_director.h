@@ -55,6 +55,7 @@ TAVISYS_API RTSTATUS add_node_to_dbdata_director_information_list(DBDATA_DIRECTO
                                                                   DBDATA_DIRECTOR_INFORMATION_LIST_T *node);
 
 /** @param list [in] address of the head pointer, unlike in the attribute families.
+ *  @param code [in] code of the person.
  *  @return the first node of that code, which stays in the list, or NULL. */
 TAVISYS_API DBDATA_DIRECTOR_INFORMATION_LIST_T *
 found_node_from_dbdata_director_information_list_by_code(DBDATA_DIRECTOR_INFORMATION_LIST_T **list,

@@ -1,9 +1,8 @@
 /** @file dbdata_harddisk.h
  *  Storage positions: the hard disks of a host with their partitions.
  *
- *  Records are shared by `count`, and each list node owns one reference. Counts, lists and statistics are
- *  plain data, for one thread at a time. A NULL argument gives NULL, 0 or nothing, unless said otherwise. A
- *  node that finds no memory says so on standard output. */
+ *  Records are shared by `count`, and each list node owns one reference. A NULL argument gives
+ *  NULL, 0 or nothing, unless said otherwise. */
 #ifndef TAVISYS_DBDATA_HARDDISK_H
 #define TAVISYS_DBDATA_HARDDISK_H
 
@@ -51,8 +50,9 @@ create_dbdata_harddisk_information_list_node(DBDATA_HARDDISK_INFORMATION_T *info
                                              DBDATA_PARTITION_INFORMATION_LIST_T *list, INT32_T movies);
 
 /** Create a record and a node that holds it.
- *  @return the node, or NULL: NULL device name, or memory short, which is said on standard output; the
- *          partitions stay the caller's. */
+ *  @return the node, or NULL with the partitions still the caller's: NULL device name, which is not told;
+ *          memory short for the record, told as "创建硬盘信息节点出错.硬盘序列号为(serialno)" on standard
+ *          output, or for the node, whose line is followed by "创建硬盘信息链表节点出错". */
 TAVISYS_API DBDATA_HARDDISK_INFORMATION_LIST_T *
 create_dbdata_harddisk_information_list_node_ex(const INT8_T *devname, const INT8_T *serialno,
                                                 DBDATA_PARTITION_INFORMATION_LIST_T *list, INT32_T movies);
@@ -118,6 +118,7 @@ TAVISYS_API INT32_T
 dbdata_get_movies_from_dbdata_harddisk_information_list(const DBDATA_HARDDISK_INFORMATION_LIST_T *list);
 
 /** Print the list with its partitions to standard output.
+ *  @param list   [in] may be NULL.
  *  @param indent [in] nesting level, see show_indent(). */
 TAVISYS_API void show_dbdata_harddisk_information_list(const DBDATA_HARDDISK_INFORMATION_LIST_T *list,
                                                        INT32_T indent);

@@ -2,9 +2,8 @@
  *  Storage positions: the hosts that hold movies, the local machine and video servers of the network, with
  *  their hard disks. The top of the tree host, hard disk, partition, movies.
  *
- *  Records are shared by `count`, and each list node owns one reference. Counts, lists and statistics are
- *  plain data, for one thread at a time. A NULL argument gives NULL, 0 or nothing, unless said otherwise. A
- *  node that finds no memory says so on standard output. */
+ *  Records are shared by `count`, and each list node owns one reference. A NULL argument gives
+ *  NULL, 0 or nothing, unless said otherwise. */
 #ifndef TAVISYS_DBDATA_HOST_H
 #define TAVISYS_DBDATA_HOST_H
 
@@ -51,8 +50,9 @@ create_dbdata_host_information_list_node(DBDATA_HOST_INFORMATION_T *info,
                                          DBDATA_HARDDISK_INFORMATION_LIST_T *list, INT32_T movies);
 
 /** Create a record and a node that holds it.
- *  @return the node, or NULL: NULL address, or memory short, which is said on standard output; the disks
- *          stay the caller's. */
+ *  @return the node, or NULL with the disks still the caller's: NULL address, which is not told; memory
+ *          short for the record, told as "创建主机信息节点出错.主机IP地址为(ipaddr)" on
+ *          standard output, or for the node, whose line is followed by "创建主机信息链表节点出错". */
 TAVISYS_API DBDATA_HOST_INFORMATION_LIST_T *
 create_dbdata_host_information_list_node_ex(EVENT_HOST_TYPE_E type, const INT8_T *ipaddr,
                                             DBDATA_HARDDISK_INFORMATION_LIST_T *list, INT32_T movies);
@@ -100,7 +100,9 @@ TAVISYS_API void delete_dbdata_host_information_list(DBDATA_HOST_INFORMATION_LIS
  *  its list is a list of one. */
 TAVISYS_API void release_dbdata_host_information_list(DBDATA_HOST_INFORMATION_LIST_T **list);
 
-/** Print the tree to standard output. @param indent [in] nesting level, see show_indent(). */
+/** Print the tree to standard output.
+ *  @param list   [in] may be NULL.
+ *  @param indent [in] nesting level, see show_indent(). */
 TAVISYS_API void show_dbdata_host_information_list(const DBDATA_HOST_INFORMATION_LIST_T *list,
                                                    INT32_T indent);
 

@@ -2,10 +2,9 @@
  *  The movie records of the catalogue: one per movie found on a partition of a hard disk of some host.
  *
  *  A movie is shared by every list that holds it: `count` counts the references, and each list node owns
- *  one. Movies may be created from any number of threads at once; counts and lists are plain data, for
- *  one thread at a time. A NULL argument gives NULL, 0 or nothing, unless said otherwise. A list node that
- *  finds no memory says so on standard output; duplicates and a NULL movie in the filter are logged
- *  through zlog's default category (dzlog). */
+ *  one. Movies may be created from any number of threads at once. A NULL argument gives NULL, 0 or nothing,
+ *  unless said otherwise. Duplicates and a NULL movie in the filter are logged through zlog's default
+ *  category (dzlog). */
 #ifndef TAVISYS_DBDATA_MOVIE_H
 #define TAVISYS_DBDATA_MOVIE_H
 
@@ -126,7 +125,8 @@ TAVISYS_API void delete_dbdata_movie_information(DBDATA_MOVIE_INFORMATION_T **in
 TAVISYS_API void release_dbdata_movie_information(DBDATA_MOVIE_INFORMATION_T **info);
 
 /** @param info [in] the movie, whose reference passes from the caller to the node; may be NULL.
- *  @return a fresh node, or NULL: memory short, the reference stays the caller's. */
+ *  @return a fresh node, or NULL: memory short, the reference stays the caller's. Its line on standard output
+ *          has a blank before 字节 and no line end. */
 TAVISYS_API DBDATA_MOVIE_INFORMATION_LIST_T *
 create_dbdata_movie_information_list_node(DBDATA_MOVIE_INFORMATION_T *info);
 
@@ -205,7 +205,9 @@ TAVISYS_API void show_tavinfo_movie_posters_information(const DBDATA_POSTER_INFO
 /** Prints nothing: the listings of attributes and storage positions call it and stay free of movies. */
 TAVISYS_API void show_dbdata_movie_information(const DBDATA_MOVIE_INFORMATION_T *info);
 
-/** Calls show_dbdata_movie_information() for every movie. @param indent [in] ignored. */
+/** Calls show_dbdata_movie_information() for every movie.
+ *  @param list   [in] may be NULL.
+ *  @param indent [in] ignored. */
 TAVISYS_API void show_dbdata_movie_information_list(const DBDATA_MOVIE_INFORMATION_LIST_T *list,
                                                     INT32_T indent);
 

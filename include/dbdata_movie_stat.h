@@ -18,7 +18,7 @@ typedef struct {
 } DBDATA_MOVIE_STAT_T;
 
 /** Print the statistics to standard output.
- *  @param movstat [in] NULL prints nothing.
+ *  @param movstat [in] may be NULL.
  *  @param indent  [in] nesting level, see show_indent(). */
 TAVISYS_API void show_dbdata_movie_stat_information(const DBDATA_MOVIE_STAT_T *movstat, INT32_T indent);
 

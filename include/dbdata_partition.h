@@ -1,9 +1,8 @@
 /** @file dbdata_partition.h
  *  Storage positions: the partitions of a hard disk with their movies.
  *
- *  Records are shared by `count`, and each list node owns one reference. Counts, lists and statistics are
- *  plain data, for one thread at a time. A NULL argument gives NULL, 0 or nothing, unless said otherwise. A
- *  node that finds no memory says so on standard output. */
+ *  Records are shared by `count`, and each list node owns one reference. A NULL argument gives
+ *  NULL, 0 or nothing, unless said otherwise. */
 #ifndef TAVISYS_DBDATA_PARTITION_H
 #define TAVISYS_DBDATA_PARTITION_H
 
@@ -56,8 +55,9 @@ create_dbdata_partition_information_list_node(DBDATA_PARTITION_INFORMATION_T *in
                                               DBDATA_MOVIE_INFORMATION_LIST_T *list, INT32_T movies);
 
 /** Create a record and a node that holds it.
- *  @return the node, or NULL: NULL device name, or memory short, which is said on standard output; the
- *          movies stay the caller's. */
+ *  @return the node, or NULL with the movies still the caller's: NULL device name, which is not told; memory
+ *          short for the record, told as "创建分区信息出错" on standard output, or for the node, whose line
+ *          is followed by "创建分区信息链表节点出错". */
 TAVISYS_API DBDATA_PARTITION_INFORMATION_LIST_T *
 create_dbdata_partition_information_list_node_ex(INT32_T seqno, const INT8_T *devname, const INT8_T *uuid,
                                                  const INT8_T *mntp, DBDATA_MOVIE_INFORMATION_LIST_T *list,
@@ -110,7 +110,9 @@ TAVISYS_API void release_dbdata_partition_information_list(DBDATA_PARTITION_INFO
 TAVISYS_API INT32_T
 dbdata_get_movies_from_dbdata_partition_information_list(const DBDATA_PARTITION_INFORMATION_LIST_T *list);
 
-/** Print the list to standard output. @param indent [in] nesting level, see show_indent(). */
+/** Print the list to standard output.
+ *  @param list   [in] may be NULL.
+ *  @param indent [in] nesting level, see show_indent(). */
 TAVISYS_API void show_dbdata_partition_information_list(const DBDATA_PARTITION_INFORMATION_LIST_T *list,
                                                         INT32_T indent);
 

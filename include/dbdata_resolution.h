@@ -8,11 +8,10 @@
  *    first meets them; a key keeps its id until the process ends, also while no record of it lives, and
  *    no id is given twice. A creation that fails may have given its key an id.
  *  - A list is held by the address of its head pointer; NULL is the empty list. It holds a key at most
- *    once, in the order of first insertion. Keys are compared byte by byte.
- *  - A NULL argument gives NULL, 0 or nothing. A list node that finds no memory says so on standard
- *    output; everything else fails silently.
- *  - Records may be created from any number of threads at once. Counts and lists are plain data: the
- *    caller lets one thread at a time at a catalogue. */
+ *    once, in the order of first insertion. Keys are compared byte by byte; of records that lack theirs a
+ *    list holds one, which no search finds.
+ *  - A NULL argument gives NULL, 0 or nothing.
+ *  - Records may be created from any number of threads at once. */
 #ifndef TAVISYS_DBDATA_RESOLUTION_H
 #define TAVISYS_DBDATA_RESOLUTION_H
 

@@ -1,9 +1,8 @@
 /** @file dbdata_sharedir.h
  *  Storage positions beside the tree of hosts: shared directories with their movies.
  *
- *  Records are shared by `count`, and each list node owns one reference. Counts, lists and statistics are
- *  plain data, for one thread at a time. A NULL argument gives NULL, 0 or nothing, unless said otherwise. A
- *  node that finds no memory says so on standard output. */
+ *  Records are shared by `count`, and each list node owns one reference. A NULL argument gives
+ *  NULL, 0 or nothing, unless said otherwise. */
 #ifndef TAVISYS_DBDATA_SHAREDIR_H
 #define TAVISYS_DBDATA_SHAREDIR_H
 
@@ -82,7 +81,9 @@ TAVISYS_API void release_dbdata_sharedir_information_list(DBDATA_SHAREDIR_INFORM
 TAVISYS_API INT32_T
 dbdata_get_number_from_dbdata_sharedir_information_list(const DBDATA_SHAREDIR_INFORMATION_LIST_T *list);
 
-/** Print the list to standard output. @param indent [in] nesting level, see show_indent(). */
+/** Print the list to standard output.
+ *  @param list   [in] may be NULL.
+ *  @param indent [in] nesting level, see show_indent(). */
 TAVISYS_API void show_dbdata_sharedir_information_list(const DBDATA_SHAREDIR_INFORMATION_LIST_T *list,
                                                        INT32_T indent);
 

@@ -2,8 +2,7 @@
  *  The playable files of a movie: one for a film, one per episode for a series.
  *
  *  A video belongs to the one list node that holds it, and is not shared. Videos may be created from any
- *  number of threads at once; lists are plain data, for one thread at a time. A NULL argument gives NULL,
- *  0 or nothing. A list node that finds no memory says so on standard output. */
+ *  number of threads at once. A NULL argument gives NULL, 0 or nothing. */
 #ifndef TAVISYS_DBDATA_VIDEO_H
 #define TAVISYS_DBDATA_VIDEO_H
 

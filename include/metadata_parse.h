@@ -45,8 +45,14 @@ typedef enum {
     TAVI_METADATA_VIDEOS            /**< videos missing, none of them, or incomplete */
 } TAVI_METADATA_FAILURE_E;
 
-/** Parse a document, telling about it: failures go to standard output, progress and a missing poster to
- *  zlog's default category (dzlog) at INFO.
+/** Parse a document, telling about it. Progress goes to zlog's default category (dzlog) at INFO, the line
+ *  "过滤影片类型" at its kinds to standard output, and to both what a movie may lack: the television posters
+ *  and the detailed synopsis.
+ *
+ *  A failure goes to standard output as the text of get_tavi_metadata_failure_text(). That of a part of the
+ *  movie stands behind its Chinese title and ": ", but for its code and titles, and before a line
+ *  "分析并提取XML数据失败". Of these a short synopsis has no line end, posters go to dzlog at INFO, a
+ *  category without memory says nothing, and a disallowed kind is "filter movie(title) due to disallow kind".
  *  @param string  [in]  the document's text, NUL-terminated.
  *  @param movinfo [out] receives a fresh movie of count 1, which the caller releases with
  *                       release_dbdata_movie_information(); untouched on failure.
@@ -55,13 +61,14 @@ typedef enum {
 TAVISYS_API RTSTATUS get_tavi_metadata_information_from_string(const INT8_T *string,
                                                                DBDATA_MOVIE_INFORMATION_T **movinfo);
 
-/** Parse a document by the same rules in silence, for programs that load many.
+/** Parse a document by the same rules, telling nothing but of a list node that finds no memory and of the
+ *  base of movie ids, see create_dbdata_movie_information(); for programs that load many.
  *  @param document [in]  the document's bytes, in any encoding that its declaration or byte order mark
  *                        names.
  *  @param length   [in]  bytes in the document.
  *  @param movinfo  [out] as above.
  *  @param failure  [out] receives the reason, TAVI_METADATA_OK on success; may be NULL.
- *  @return 0, or -1 as above. Of movie ids only the base is printed, by create_dbdata_movie_information(). */
+ *  @return 0, or -1 as above, also for a length below 1. */
 TAVISYS_API RTSTATUS get_tavi_metadata_information_from_document(const void *document, INT32_T length,
                                                                  DBDATA_MOVIE_INFORMATION_T **movinfo,
                                                                  TAVI_METADATA_FAILURE_E *failure);

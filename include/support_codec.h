@@ -5,7 +5,14 @@
  *  - String: an integer byte count, then that many bytes without a terminator. NULL is count -1, an
  *    empty string count 0.
  *
- *  No encoder writes and no decoder reads outside the length that it is given. */
+ *  What all encoders and decoders of the library keep to:
+ *  - No encoder writes and no decoder reads outside the length that it is given.
+ *  - A body of more than 2147483647 bytes is a failure like the others of its encoder. An encoder that fails
+ *    may have filled a part of a buffer of the caller's.
+ *  - A decoder leaves unread what lies behind the record. A body is malformed when a string has a count
+ *    below -1 or a NUL inside, or when a list or an array announces more than the rest can hold. A list's
+ *    count below 0 is taken for 0, an array's is malformed. Of a flag or the length of a part that may be
+ *    missing only 0 matters. */
 #ifndef TAVISYS_SUPPORT_CODEC_H
 #define TAVISYS_SUPPORT_CODEC_H
 
@@ -24,6 +31,7 @@ TAVISYS_API INT32_T calc_codec_int_data_length(void);
 TAVISYS_API INT32_T calc_codec_ptr_data_length(const INT8_T *string);
 
 /** Write an integer.
+ *  @param value  [in]  the integer.
  *  @param buffer [out] destination.
  *  @param left   [in]  bytes left in the destination.
  *  @return bytes written (4), or -1: NULL destination, fewer than 4 bytes left. */
@@ -48,7 +56,7 @@ TAVISYS_API INT32_T decode_int_data_from_buffer(const void *buffer, INT32_T left
  *  @param left    [in]  bytes left in the source.
  *  @param string  [out] a fresh NUL-terminated copy, which the caller frees with safe_free(), or NULL
  *                       for an encoded NULL; untouched on failure.
- *  @param longest [in]  longest accepted string in bytes; 0 means no limit but the source.
+ *  @param longest [in]  longest accepted string in bytes; 0 or less: no limit but the source.
  *  @return bytes consumed, or -1: NULL argument, source too short, a count below -1, a string longer
  *          than `longest` or with a NUL inside, memory short. */
 TAVISYS_API INT32_T decode_ptr_data_from_buffer(const void *buffer, INT32_T left, INT8_T **string,

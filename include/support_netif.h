@@ -13,7 +13,8 @@ extern "C" {
  *  @param name   [in]  interface name, such as "eth0".
  *  @param buffer [out] receives the dotted address; untouched on failure.
  *  @param size   [in]  bytes in the buffer; 16 hold any address.
- *  @return 0, or -1: NULL argument, no such interface, no address, buffer too small. */
+ *  @return 0, or -1: NULL argument, no such interface, no address, buffer too small, out of
+ *          descriptors. */
 TAVISYS_API RTSTATUS get_netif_address(const INT8_T *name, INT8_T *buffer, INT32_T size);
 
 #ifdef __cplusplus

@@ -1,6 +1,7 @@
 /** @file support_xml.h
  *  Access to an XML document by tag names. Documents are data that anyone may have written: nothing is
- *  fetched, no DTD is read, and a document that declares an entity is refused.
+ *  fetched, no DTD is read, and a document that declares an entity is refused, as is one that is nested more
+ *  deeply or has a larger text than libxml2 takes by itself.
  *
  *  Documents may be parsed, and a document and its nodes read, by any number of threads at once. Nothing is
  *  said about a document that is refused, but that libxml2 itself may tell on standard error of a thread for
@@ -20,7 +21,7 @@ struct _xmlNode;
 /** Parse a document.
  *  @param string [in] the document's text, NUL-terminated.
  *  @return the document, which the caller frees with free_doc_object(), or NULL: NULL argument, not
- *          well-formed, an entity declaration, memory short. */
+ *          well-formed or refused, more than 2147483647 bytes, memory short. */
 TAVISYS_API struct _xmlDoc *get_doc_object_from_string(const INT8_T *string);
 
 /** Parse a document of a known length, which may thus be in an encoding whose text holds NULs.

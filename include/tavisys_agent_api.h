@@ -33,8 +33,8 @@ extern "C" {
 /** Ask for the server's uuid.
  *  @param uuid [out] receives the NUL-terminated uuid.
  *  @param len  [in]  bytes in the buffer; 37 hold a uuid.
- *  @return 0, or: -1 for a NULL buffer, a reply of more than `len` bytes, or a reply that doesn't end in
- *          a NUL within the buffer; a channel failure. */
+ *  @return 0, or: -1 for a NULL buffer, a negative `len`, a reply of more than `len` bytes, or one without a
+ *          NUL; a channel failure. */
 TAVISYS_API RTSTATUS tavisysapi_get_uuid_infomation(INT8_T *uuid, INT32_T len);
 
 /** Ask for the number of disks and movies.

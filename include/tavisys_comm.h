@@ -20,24 +20,27 @@ extern "C" {
  *  @param length   [in]  bytes in the request body.
  *  @param reply    [out] NULL at the call; set it to a body from calloc() or malloc(), which the channel
  *                        sends and frees whatever the result, or leave it.
- *  @param replylen [out] 0 at the call; bytes in the reply body.
+ *  @param replylen [out] 0 at the call; bytes in the reply body. When negative, or above 0 without a body, no
+ *                        reply is sent: -2.
  *  @return the result that the reply's head carries: 0, or a code that the client's call returns. */
 typedef RTSTATUS (*TRLV_MESSAGE_CB)(INT32_T type, PVOID body, INT32_T length, PVOID *reply,
                                     INT32_T *replylen);
 
-/** Open the server's listening socket on port 40001. @return the socket, or -1. */
+/** Open the server's listening socket on port 40001. @return as create_tcp_server_socket(). */
 TAVISYS_API INT32_T svr_open_tavisys_msg_channel(void);
 
-/** Connect to the server of this machine, waiting at most 5 seconds. @return the socket, or -1. */
+/** Connect to the server of this machine, waiting at most 5 seconds. @return the socket, or -1 as
+ *  create_tcp_client_socket() gives it. */
 TAVISYS_API INT32_T agent_open_tavisys_msg_channel(void);
 
-/** Wait for a client. @param sock [in] listening socket. @return the client's socket, or -1. */
+/** Wait for a client. @param sock [in] listening socket. @return as create_tcp_accept_socket(). */
 TAVISYS_API INT32_T monitor_tavisys_msg_channel(INT32_T sock);
 
 /** Close a socket of the channel. @return 0, or -1: not an open socket. */
 TAVISYS_API RTSTATUS close_tavisys_msg_channel(INT32_T sock);
 
 /** Send one message.
+ *  @param sock    [in] connected socket.
  *  @param head    [in] the head; `length` says how many bytes of body follow.
  *  @param headlen [in] sizeof(TRLV_MESSAGE_HEAD).
  *  @param body    [in] the body; may be NULL when the head's length is 0.
@@ -54,6 +57,7 @@ TAVISYS_API INT32_T receive_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MES
 
 /** Client side, one round trip: send a request, receive its reply. The socket stays open; one exchange
  *  is all that it serves.
+ *  @param sock     [in]  connected socket.
  *  @param type     [in]  message type.
  *  @param body     [in]  request body; NULL when length is 0.
  *  @param length   [in]  bytes in the request body.
@@ -63,7 +67,8 @@ TAVISYS_API INT32_T receive_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MES
  *  @param timeout  [in]  seconds, as receive_trlv_data_from_tcp_communication_channel() takes them.
  *  @return 0, or: -1 a negative socket, which alone is not logged; -8 a reply of another type; the
  *          reply's result when that is not 0, be it negative or positive; else the negative code of the
- *          send or the receive. */
+ *          send, logged as "error, send data lens : (code)", or of the receive, logged as "(code) failed to
+ *          receive_data_from_tavisys_msg_channel". */
 TAVISYS_API RTSTATUS exchange_data_in_tavisys_msg_channel(INT32_T sock, INT32_T type, const void *body,
                                                           INT32_T length, PVOID *reply, INT32_T *replylen,
                                                           INT32_T timeout);
@@ -72,8 +77,9 @@ TAVISYS_API RTSTATUS exchange_data_in_tavisys_msg_channel(INT32_T sock, INT32_T 
  *  stays open.
  *  @param sock    [in] accepted socket.
  *  @param handler [in] answers the request.
- *  @return bytes sent, or negative: -1 with a line on standard output for a negative socket or a NULL
- *          handler, else the code of the receive or the send, which is not logged. */
+ *  @return bytes sent, or negative: -1 for a negative socket or a NULL handler, with the line
+ *          "传入值出错，cb=..., sock=..." on standard output, else the code of the receive or the send,
+ *          which is not logged. */
 TAVISYS_API INT32_T deal_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MESSAGE_CB handler);
 
 /** Bytes in the head of the text-headed channel, "%04d|%04d|%08d|" of type, result and length. Types and
@@ -89,19 +95,22 @@ TAVISYS_API INT32_T deal_data_from_tavisys_msg_channel(INT32_T sock, TRLV_MESSAG
 TAVISYS_API RTSTATUS parse_header_file(const INT8_T *msghead, TP_MESSAGE_HEAD *head);
 
 /** Send one message with a head of text.
+ *  @param sock    [in] connected socket.
  *  @param head    [in] the head; its first 19 characters are sent, whatever the numbers are.
  *  @param headlen [in] ignored.
  *  @param body    [in] the head's `length` bytes; NULL sends the head alone.
- *  @return bytes sent (19 and the body's), or -1: NULL head, connection lost, peer too slow, a negative
- *          length with a body, whose head has gone out by then. */
+ *  @return bytes sent (19 and the body's), or -1: NULL head, a length too large for the byte count that is
+ *          returned, no connected socket, connection lost, peer too slow, a negative length with a body,
+ *          whose head has gone out by then. */
 TAVISYS_API INT32_T send_data_to_net_communication_channel(INT32_T sock, const TP_MESSAGE_HEAD *head,
                                                            INT32_T headlen, const INT8_T *body);
 
 /** One round trip on the text-headed channel: send a request, receive its reply, whose head has to come
- *  within 1 second. The socket stays open. Failures are logged at WARN, but for a head or a body that
- *  doesn't come; what was received at INFO.
+ *  within 1 second. The socket stays open. Failures are logged at WARN, those of memory as "创建失败!", but
+ *  not a head or a body of which nothing comes in time; what was received at INFO.
+ *  @param sock    [in]  connected socket.
  *  @param type    [in]  message type.
- *  @param sndmsg  [in]  request body, or NULL.
+ *  @param sndmsg  [in]  request body; NULL sends the head alone, whatever `sndlen` is.
  *  @param sndlen  [in]  bytes in the request body.
  *  @param rcvmsg  [out] receives the reply body (NULL when there is none) with a NUL behind it, which the
  *                       caller frees with safe_free(); untouched on failure. When NULL, the reply body is

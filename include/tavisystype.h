@@ -8,15 +8,19 @@
  *  - Records are made with calloc() and freed with free(); use the family's delete function.
  *  - Out-arguments are written on success only.
  *  - What deletes, releases or frees ignores NULL, be it the address or the pointer there; what appends
- *    ignores NULL arguments; what lists NULL prints no more than a headline.
+ *    ignores NULL arguments; what prints a record prints nothing for NULL, what prints a list no
+ *    more than its headline or title, and both "(null)" for a NULL string.
+ *  - A negative length is as good as 0: too short a body, no room.
  *  - A node may be made without a record: NULL.
  *  - Nothing is printed or logged, but for a list node that finds no memory: "分配...字节的内存出错,错误原因:
  *    ..." on standard output, whoever makes the node, a decoder and an _ex function included.
  *  - A function touches its arguments alone, so any number of threads may call it at once on
- *    different records; one record or list must not be changed by two threads at a time. */
+ *    different records, and several may read the same ones. What one thread changes must not be used by
+ *    another meanwhile: a record, its count of references included, and every list that shares it. */
 #ifndef TAVISYS_TAVISYSTYPE_H
 #define TAVISYS_TAVISYSTYPE_H
 
+/** Marks what the shared library exports. Programs that link the static one define TAVISYS_STATIC. */
 #if defined(TAVISYS_STATIC)
 #define TAVISYS_API
 #else

@@ -19,9 +19,9 @@ typedef struct {
 
 /** Head of a message of the text-headed channel, as it is held in memory. */
 typedef struct {
-    INT32_T type;
-    INT32_T result;
-    INT32_T length;
+    INT32_T type;   /**< as in TRLV_MESSAGE_HEAD */
+    INT32_T result; /**< as there */
+    INT32_T length; /**< as there */
 } TP_MESSAGE_HEAD;
 
 /** Transport error codes. A channel function returns one of them negated. */

@@ -1,5 +1,5 @@
 /* Prints the first page of the cabinet's movies, latest on the shelf first.
- * cc browse.c -I../include -L../build/demo -ltavisys */
+ * cc browse.c -o browse $(pkg-config --cflags --libs tavisys) */
 #include <stdio.h>
 #include <tavisys.h>
 

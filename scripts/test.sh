@@ -5,6 +5,7 @@
 #   - the whole suite once more as a release, compiled by Clang (GCC compiles the other two), with
 #     warnings as errors in all three
 #   - the fuzz targets: their corpora, and each for 10 seconds
+#   - the reference of the headers: nothing may be undocumented
 #   - clang-format and clang-tidy
 # TAVISYS_DATA=DIR names a folder of generated movie documents for the tests on large input.
 # Usage: scripts/test.sh
@@ -12,7 +13,8 @@ set -eu
 cd "$(dirname "$0")/.."
 
 scripts/packages.sh g++ clang clang-format clang-tidy cmake ninja-build pkgconf libxml2-dev libmount-dev \
-    libudev-dev libcli11-dev iproute2 nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils
+    libudev-dev libcli11-dev nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils iproute2 tshark \
+    dpkg-dev file lintian abigail-tools doxygen
 
 step() { printf '\n== %s\n' "$*"; }
 
@@ -44,6 +46,8 @@ suite clang
 step "fuzz"
 scripts/fuzz.sh corpus
 scripts/fuzz.sh 10
+step "reference"
+scripts/reference.sh
 step "clang-tidy"
 git ls-files 'support/*.cpp' 'comm/*.cpp' 'codec/*.cpp' 'dbdata_*/*.cpp' 'utils/*.cpp' 'agent/*.cpp' 'apps/*.cpp' |
     xargs -n 4 -P "$(nproc)" clang-tidy --quiet -p build/clang

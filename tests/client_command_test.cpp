@@ -301,6 +301,29 @@ TEST(ClientCommand, FetchedMoviesBecomeDocumentsAndThoseThatCannotAreTold) {
     std::filesystem::remove_all(folder);
 }
 
+TEST(ClientCommand, SingleMessagesAreShownAsTheyCameAndAsTheyAreDecoded) {
+    const SERVER_T server{[](const REQUEST_T &request) {
+        return request.first == 1002 ? ANSWER_T{0, wire(2, 28, 7)} : ANSWER_T{-103, ""};
+    }};
+    const RUN_T raw = run("raw info --body '0a:0B 0c'");
+    EXPECT_EQ("消息类型  1002 info\n结果      0\n长度      12\n\n"
+              "000000 02 00 00 00 1c 00 00 00  07 00 00 00              ............\n\n"
+              "硬盘数  2\n影片数  28\n",
+              raw.output);
+    EXPECT_EQ("末尾有4个字节不属于任何字段\n", raw.errors);
+    EXPECT_EQ("\n\v\f", requests.back().second);
+    const RUN_T refused = run("raw -7 --json");
+    EXPECT_EQ(1, refused.status);
+    EXPECT_EQ(R"({"type": -7, "result": -103, "length": 0, "body": "", "decoded": null})"_json,
+              nlohmann::json::parse(refused.output));
+    expect_run("decode 3005 - --request --hex <<E\n1f000000 ffffffff 00000000 ffffffff 02000000\n"
+               "05000000 0100000061 00000000\nE",
+               0, "deviceid   -\nhddevname  -\nptdevname  -\nlist       a\n");
+    expect_run("decode info - --hex <<E\n0200\nE", 1, "这2个字节不是 info 回应的消息体");
+    expect_run("decode info - --hex <<E\n020\nE", 1, "- 的内容不是十六进制文本");
+    expect_run("decode info /", 1, "无法读取 / (Is a directory)");
+}
+
 TEST(ClientCommand, IdsStandWhereTheirListsAreNotToBeHad) {
     const SERVER_T server{[](const REQUEST_T &request) {
         return request.first == 1006 ? ANSWER_T{0, wire(1, 24, 1, 1, 1, 1, FAREWELL)} : ANSWER_T{-104, ""};
@@ -377,6 +400,10 @@ TEST(ClientCommand, BadUsageIsToldInChineseBeforeAnythingIsAsked) {
     for (const char *names : {"sda ..", ". sda1", "/sda sda1", "sda a/b"})
         expect_run(std::string("fetch 127.0.0.1 ") + names, 2, "将用作目录名");
     expect_run("movies --kind 99999999999", 2, "编号不能大于2147483647");
+    expect_run("decode 1010 -", 2, "应为version、status、");
+    expect_run("raw versions", 2, "应为-2147483648到2147483647的整数");
+    expect_run("raw version --body 012", 2, "--body: 应为十六进制文本");
+    expect_run("raw 10010 --text", 2, "文本消息头放不下");
     server.reset();
     EXPECT_TRUE(requests.empty());
 }

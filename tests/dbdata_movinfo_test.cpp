@@ -127,6 +127,10 @@ TEST_F(Attribute, AListHoldsEachKeyOnceAndANodeWithoutARecordAtItsHeadAlone) {
     EXPECT_EQ("-cab", names_in(list));
     EXPECT_EQ(list->next, found_node_from_dbdata_area_information_list_by_name(list, "c"));
     EXPECT_EQ(nullptr, found_node_from_dbdata_area_information_list_by_name(list, "d"));
+    INT8_T *&lost = found_node_from_dbdata_area_information_list_by_name(list, "a")->info->name;
+    safe_free(lost);
+    lost = nullptr;
+    EXPECT_EQ(nullptr, found_node_from_dbdata_area_information_list_by_name(list, nullptr));
     for (AREAS_T *node : {again, empty}) // they stayed the caller's
         delete_dbdata_area_information_list_node(&node);
     delete_areas(&list);

@@ -11,8 +11,8 @@ import sys
 LOGGING = {"dzlog", "dzlog_init", "zlog_fini"}  # the stand-in's, where it is built in; always weak
 
 
-def output_of(*command):
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+def output_of(*command, **options):
+    return subprocess.run(command, check=True, capture_output=True, text=True, **options).stdout
 
 
 def symbols(*command):
@@ -45,6 +45,20 @@ for header in sorted(source.glob("include/*.h")):
     for described, name in re.findall(r"(\*/\s*)?^TAVISYS_API[^;(]*?(\w+)\s*\(", header.read_text(), re.M):
         if not described:
             complaints.append(f"{header.name}: no comment before {name}")
+
+overview = (source / "docs/man/libtavisys.3").read_text()
+grouped = output_of("sh", "-c", "for header in include/*.h; do docs/reference/into-group $header | head -1; done",
+                    cwd=source).splitlines()
+for header, first in zip(sorted(source.glob("include/*.h")), grouped):
+    if header.name == "tavisys.h":
+        continue
+    if f"Xr {header.name} 3" not in overview:
+        complaints.append(f"not in docs/man/libtavisys.3: {header.name}")
+    if "@addtogroup" not in first:
+        complaints.append(f"in no group of the reference: {header.name}")
+sample = (source / "samples/browse.c").read_text().split("*/\n")[1].replace("\\n", "\\en")
+if sample not in overview:
+    complaints.append("docs/man/libtavisys.3 has another samples/browse.c")
 
 needed = [line.partition(" = ") for line in (source / "tests/interface_names.txt").read_text().splitlines()
           if line and line[0] != "#"]

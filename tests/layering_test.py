@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
-"""The layers call each other in one direction only, and the support layer by its declared functions.
+"""The layers call each other in one direction only, and the support layer by its declared functions; the picture of
+docs/architecture.md shows who calls whom.
 
-usage: layering_test.py SOURCE_DIRECTORY OBJECT...
-Judges the symbols that each object of the library defines and wants, and what the programs include."""
+usage: layering_test.py [--draw] SOURCE_DIRECTORY OBJECT...
+Judges the symbols that each object of the library and the programs defines and wants, and what the programs include.
+With --draw it draws the picture anew, by Graphviz."""
 import pathlib
 import re
 import subprocess
@@ -20,12 +22,15 @@ MAY_CALL = {
     "utils": CATALOGUE | {"support", "zlog"},
     "agent": {"comm", "codec", "support"},
 }
+PROGRAMS = {"server": "tavisys-server", "client": "tavisys", "common": "apps/common"}
 WALL_CLOCK = re.compile(r"^(gettimeofday|time|ftime|\w*system_clock3now\w*)$")  # it may jump while one waits
 THREAD_START = re.compile(r"^(pthread_create|thrd_create|_ZNSt6thread\w*start_thread\w*)$")
 
 
 def layer_of(name):
     """support/zlog is logging, which stands where zlog itself would."""
+    if name.startswith("apps/"):
+        return PROGRAMS[name.split("/")[1]]
     return "zlog" if name.startswith("support/zlog/") else name.split("/")[0]
 
 
@@ -61,6 +66,21 @@ def foreign_includes(program, text, public):
             or name[1:].split("/")[0] in MAY_CALL]
 
 
+def picture(objects):
+    """Who calls whom, for Graphviz. Programs stand above the library, what each layer stands on below it."""
+    home = {symbol: layer_of(name) for name, (defined, _) in objects.items() for symbol in defined}
+    calls = {(layer_of(name), home[symbol]) for name, (defined, wanted) in objects.items()
+             for symbol in wanted - defined if symbol in home}
+    calls |= {(layer_of(name), outside) for name, (_, wanted) in objects.items()
+              for prefix, outside in (("xml", "libxml2"), ("dzlog", "zlog")) if any(s.startswith(prefix) for s in wanted)}
+    lines = [f'  "{caller}" -> "{callee}";' for caller, callee in sorted(calls) if caller != callee]
+    layers = " ".join(f'"{layer}";' for layer in MAY_CALL)
+    programs = " ".join(f'"{program}";' for program in PROGRAMS.values())
+    return "\n".join(["digraph libtavisys {", "  node [shape=box, style=rounded, fontname=sans];",
+                      f"  subgraph cluster_library {{ label=libtavisys; fontname=sans; {layers} }}",
+                      f"  {{ rank=source; {programs} }}", *lines, "}", ""])
+
+
 def read_object(path):
     lines = subprocess.run(["nm", "-P", path], check=True, capture_output=True, text=True).stdout.splitlines()
     symbols = [line.split()[:2] for line in lines]
@@ -91,8 +111,11 @@ def self_test():
 
 def main():
     self_test()
-    source = pathlib.Path(sys.argv[1])
-    objects = {re.sub(r"^.*tavisys_objects\.dir/(\./)?", "", path): read_object(path) for path in sys.argv[2:]}
+    arguments = [argument for argument in sys.argv[1:] if argument != "--draw"]
+    source = pathlib.Path(arguments[0])
+    all_objects = {re.sub(r"^.*?(tavisys_objects\.dir/|(?=apps/\w+/))|CMakeFiles/\w+\.dir/|\./", "", path): read_object(path)
+                   for path in arguments[1:]}
+    objects = {name: symbols for name, symbols in all_objects.items() if not name.startswith("apps/")}
     headers = "".join(header.read_text() for header in source.glob("include/support_*.h"))
     declared = set(re.findall(r"TAVISYS_API[^;(]*?(\w+)\s*\(", headers))
     # What the layers above share with it alone: functions of C linkage, so that their symbols are their names.
@@ -100,6 +123,12 @@ def main():
         for block in re.findall(r'extern "C" \{(.*?)\n\}', header.read_text(), re.S):
             declared |= set(re.findall(r"^\w[\w *]*?(\w+)\(", block, re.M))
     found = complaints(objects, declared)
+    drawn = source / "docs/architecture.dot"
+    if "--draw" in sys.argv:
+        drawn.write_text(picture(all_objects))
+        subprocess.run(["dot", "-Tsvg", drawn, "-o", drawn.with_suffix(".svg")], check=True)
+    elif drawn.read_text() != picture(all_objects):
+        found.append(f"{drawn} shows other calls than there are: draw it anew with --draw")
     public = {header.name for header in source.glob("include/*.h")}
     public |= {f"common/{header.name}" for header in source.glob("apps/common/*.h")}  # the programs' own
     programs = [path for path in source.glob("apps/*/**/*") if path.suffix in (".h", ".cpp", ".c")]

@@ -110,18 +110,6 @@ TEST(Server, ServesTheSampleLibrary) {
     delete_tavisys_system_information(&system);
 }
 
-TEST(Server, IsBrowsedByTheSampleProgram) {
-    const auto server = SERVER_PROCESS_T::serving(SAMPLE_LIBRARY);
-    FILE *program = popen(SAMPLE_BROWSE, "r"); // NOLINT(cert-env33-c): our own program
-    ASSERT_NE(nullptr, program);
-    std::string output;
-    for (int c = 0; (c = fgetc(program)) != EOF;)
-        output.push_back(static_cast<char>(c));
-    EXPECT_EQ(0, pclose(program));
-    EXPECT_EQ(0U, output.find("2017 国家宝藏\n")) << output;
-    EXPECT_EQ(10, std::count(output.begin(), output.end(), '\n'));
-}
-
 TEST(Server, TellsEverythingAboutAMovie) {
     const auto server = SERVER_PROCESS_T::serving(SAMPLE_LIBRARY);
     const INT32_T cid = categories()["电视剧"].first;

@@ -9,9 +9,11 @@
 #include <limits>
 #include <memory>
 
+#include "bodies.h"
 #include "command.h"
 #include "error.h"
 #include "help.h"
+#include "hex.h"
 #include "messages.h"
 #include "text.h"
 
@@ -21,7 +23,9 @@ namespace {
 
 constexpr const char *PROGRAM_NAME = "tavisys";
 constexpr INT32_T LARGEST = std::numeric_limits<INT32_T>::max();
+constexpr INT32_T SMALLEST = std::numeric_limits<INT32_T>::min();
 constexpr INT32_T LARGEST_PAGE_SIZE = 1000;
+constexpr INT32_T LARGEST_PORT = 65535;
 
 struct ORDER_T {
     const char *word;
@@ -228,6 +232,37 @@ void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments) {
     app.add_option("--out", arguments.library, messages::HELP_OUT)
         ->option_text(messages::VALUE_FOLDER)
         ->default_str(arguments.library);
+}
+
+void declare_decode(CLI::App &app, ARGUMENTS_T &arguments) {
+    std::vector<std::string> words;
+    for (const MESSAGE_T &message : all_messages())
+        words.emplace_back(message.word);
+    add_argument(app, messages::ARGUMENT_TYPE, arguments.message, messages::HELP_TYPE)
+        ->check([words](const std::string &value) {
+            return find_message(value) != nullptr ? "" : is_one_of(words)(value);
+        });
+    add_argument(app, messages::ARGUMENT_FILE, arguments.file, messages::HELP_BODY_FILE);
+    app.add_flag("--request", arguments.request, messages::HELP_REQUEST)->disable_flag_override();
+    app.add_flag("--hex", arguments.hex, messages::HELP_HEX)->disable_flag_override();
+}
+
+void declare_raw(CLI::App &app, ARGUMENTS_T &arguments) {
+    add_argument(app, messages::ARGUMENT_TYPE, arguments.message, messages::HELP_ANY_TYPE)
+        ->check([](const std::string &value) {
+            return find_message(value) != nullptr ? "" : is_in_range(SMALLEST, LARGEST)(value);
+        });
+    app.add_option("--body", arguments.body, messages::HELP_BODY)
+        ->option_text(messages::VALUE_HEX)
+        ->check([](const std::string &value) {
+            return bytes_of_hex(value).has_value() ? "" : fill(messages::NOT_HEX, {value});
+        });
+    app.add_option("--server", arguments.host, messages::HELP_HOST)
+        ->option_text(messages::ARGUMENT_HOST)
+        ->default_str(arguments.host)
+        ->check(is_address);
+    add_number(app, "--port", arguments.port, messages::HELP_PORT, LARGEST_PORT);
+    app.add_flag("--text", arguments.text_head, messages::HELP_TEXT_HEAD)->disable_flag_override();
 }
 
 INT32_T order_by(const std::string &word) {

@@ -30,10 +30,17 @@ struct ARGUMENTS_T {
     std::string order = "put";
     std::string action; // "set", or empty
     std::string player_name;
-    std::string host; // dotted IPv4
+    std::string host = TAVISYS_LOCAL_SERVER_ADDRESS; // dotted IPv4
     std::string disk;
     std::string partition;
     std::string library = ".";
+    std::string message; // a word or a number
+    std::string file;    // "-": standard input
+    bool request = false;
+    bool hex = false;
+    std::string body; // hexadecimal digits
+    bool text_head = false;
+    INT32_T port = TAVISYS_MSG_CHANNEL_PORT;
 };
 
 // The options of a command, beside --help and --json, which all of them have.
@@ -45,6 +52,8 @@ void declare_name(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_host(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_position(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_decode(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_raw(CLI::App &app, ARGUMENTS_T &arguments);
 
 // The TP_ORDER_BY_E that the command line calls so, which has been checked.
 INT32_T order_by(const std::string &word);

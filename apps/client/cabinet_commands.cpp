@@ -8,6 +8,7 @@
 #include "messages.h"
 #include "player_operation.h"
 #include "server.h"
+#include "show.h"
 #include "status.h"
 #include "table.h"
 #include "terminal.h"
@@ -76,19 +77,14 @@ std::string run_version(const ARGUMENTS_T &arguments, int width) {
     const VERSION_T version = fetch_version();
     if (arguments.json)
         return to_json(*version);
-    return lay_out_fields({{messages::SOFTWARE_VERSION, text_of(version->version)},
-                           {messages::DEVICE_NAME, text_of(version->name)},
-                           {messages::DEVICE_ID, text_of(version->devid)}},
-                          width);
+    return show(*version, width);
 }
 
 std::string run_info(const ARGUMENTS_T &arguments, int width) {
     const INFO_T info = fetch_info();
     if (arguments.json)
         return to_json(*info);
-    return lay_out_fields(
-        {{messages::DISKS, std::to_string(info->hdnum)}, {messages::MOVIES, std::to_string(info->movnum)}},
-        width);
+    return show(*info, width);
 }
 
 std::string run_status(const ARGUMENTS_T &arguments, int width) {
@@ -97,12 +93,7 @@ std::string run_status(const ARGUMENTS_T &arguments, int width) {
         return to_json(*status);
     if (arguments.watch)
         return ""; // its last line has said it
-    return lay_out_fields({{messages::PHASE, phase_name(phase_of(*status))},
-                           {messages::FOUND, std::to_string(status->total_movies)},
-                           {messages::PARSED, std::to_string(status->parseok_movies)},
-                           {messages::FAILED, std::to_string(status->parseerr_movies)},
-                           {messages::LEFT, std::to_string(status->left_movies)}},
-                          width);
+    return show(*status, width);
 }
 
 std::string run_uuid(const ARGUMENTS_T &arguments, int /*width*/) {

@@ -21,6 +21,8 @@ constexpr COMMAND_T COMMANDS[] = {
     {"disks", messages::HELP_DISKS, declare_host, run_disks},
     {"count", messages::HELP_COUNT, declare_position, run_count},
     {"fetch", messages::HELP_FETCH, declare_fetch, run_fetch},
+    {"decode", messages::HELP_DECODE, declare_decode, run_decode},
+    {"raw", messages::HELP_RAW, declare_raw, run_raw},
 };
 
 } // namespace

@@ -36,6 +36,10 @@ std::string run_touch(const ARGUMENTS_T &arguments, int width);
 std::string run_movie(const ARGUMENTS_T &arguments, int width);
 std::string run_poster(const ARGUMENTS_T &arguments, int width);
 
+// Single messages
+std::string run_decode(const ARGUMENTS_T &arguments, int width);
+std::string run_raw(const ARGUMENTS_T &arguments, int width);
+
 // Another server's disks
 std::string run_disks(const ARGUMENTS_T &arguments, int width);
 std::string run_count(const ARGUMENTS_T &arguments, int width);

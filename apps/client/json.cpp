@@ -25,10 +25,25 @@
 //   disks       {"list": [{"devname", "serialno", "list": [{"seqno", "devname", "uuid", "mntp"}, ...]}, ...]}
 //   count       {"movies"}
 //   fetch       {"folder", "movies", "written", "skipped": [{"mid", "movcode", "reason"}, ...]}
+//   decode      the reply's as the command that asks for it has it; null where there is no body to decode;
+//               kinds: as categories; disk: as disks;
+//               transfer, codes: {"list": [{"mid", "movcode", "movnamech", "movnameen", "imdbvalue",
+//               "acronym", "dimension_list": ["name", ...], "resolution_list", "category_list", "kind_list",
+//               "area_list": {as dimension_list}, "director_list": [{"code", "name"}, ...],
+//               "actor_list": {as director_list}, "year_list": [...], "puttime", "pubtime", "putintime",
+//               "duration", "posters": {"big", "middle", "small"}, "summary", "episodes",
+//               "video_list": [{"vid", "seqno", "name", "filepath", "mp4"}, ...]}, ...]};
+//               of a request its fields, those of codes with "list": ["movcode", ...]
+//   raw         {"type", "result", "length", "body": "hexadecimal digits", "decoded": {as decode}};
+//               "decoded" is null where the body isn't known or can't be decoded, and {"text"} for plain text
+//               behind a head of text
 #include "json.h"
 
+#include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "hex.h"
+#include "messages.h"
 #include "status.h"
 #include "text.h"
 
@@ -151,6 +166,63 @@ JSON_T disk(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T &node) {
             {"list", array(node.list, partition)}};
 }
 
+JSON_T person(const TP_TAVISYS_DBDATA_PERSON_INFORMATION_T &info) {
+    return {{"code", string(info.code)}, {"name", string(info.name)}};
+}
+
+JSON_T posters(const TP_TAVISYS_DBDATA_POSTER_INFORMATION_T &info) {
+    return {{"big", string(info.big)}, {"middle", string(info.middle)}, {"small", string(info.small)}};
+}
+
+JSON_T whole_video(const TP_TAVISYS_DBDATA_VIDEO_INFORMATION_T &info) {
+    return {{"vid", info.vid},
+            {"seqno", info.seqno},
+            {"name", string(info.name)},
+            {"filepath", string(info.filepath)},
+            {"mp4", string(info.mp4)}};
+}
+
+JSON_T whole_movie(const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_T &movie) {
+    const auto name = [](const TP_TAVISYS_DBDATA_FILTER_INFORMATION_T &value) { return string(value.name); };
+    const auto year = [](const TP_TAVISYS_DBDATA_YEAR_INFORMATION_T &value) { return JSON_T(value.year); };
+    return {{"mid", movie.mid},
+            {"movcode", string(movie.movcode)},
+            {"movnamech", string(movie.movnamech)},
+            {"movnameen", string(movie.movnameen)},
+            {"imdbvalue", string(movie.imdbvalue)},
+            {"acronym", string(movie.acronym)},
+            {"dimension_list", array(movie.dimension_list, name)},
+            {"resolution_list", array(movie.resolution_list, name)},
+            {"category_list", array(movie.category_list, name)},
+            {"kind_list", array(movie.kind_list, name)},
+            {"area_list", array(movie.area_list, name)},
+            {"director_list", array(movie.director_list, person)},
+            {"actor_list", array(movie.actor_list, person)},
+            {"year_list", array(movie.year_list, year)},
+            {"puttime", movie.puttime},
+            {"pubtime", movie.pubtime},
+            {"putintime", movie.putintime},
+            {"duration", movie.duration},
+            {"posters", object(movie.posters, posters)},
+            {"summary", string(movie.summary)},
+            {"episodes", movie.episodes},
+            {"video_list", array(movie.video_list, whole_video)}};
+}
+
+// The counted values of a list: categories or kinds.
+template <class NODE>
+std::string write_counted_values(const NODE *list) {
+    return write({{"list", array(list, [](const auto &value) -> JSON_T {
+                       return {{"id", value.id}, {"name", string(value.name)}, {"movies", value.movies}};
+                   })}});
+}
+
+// A name in a field of fixed size, which need not have a terminator.
+template <std::size_t SIZE>
+std::string name_in(const INT8_T (&field)[SIZE]) {
+    return {field, strnlen(field, SIZE)};
+}
+
 } // namespace
 
 std::string to_json(const TP_TAVISYS_VERSION_INFORMATION_T &info) {
@@ -171,10 +243,11 @@ std::string to_json(const TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T &info) {
 }
 
 std::string to_json(const TP_TAVISYS_CATEGORY_INFORMATION_LIST_T *list) {
-    return write(
-        {{"list", array(list, [](const TP_TAVISYS_CATEGORY_INFORMATION_T &category) -> JSON_T {
-              return {{"id", category.id}, {"name", string(category.name)}, {"movies", category.movies}};
-          })}});
+    return write_counted_values(list);
+}
+
+std::string to_json(const TP_TAVISYS_KIND_INFORMATION_LIST_T *list) {
+    return write_counted_values(list);
 }
 
 std::string to_json(const TP_TAVISYS_FILTER_INFORMATION_LIST_T *list) {
@@ -208,6 +281,43 @@ std::string to_json(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *disks) {
     return write({{"list", list}});
 }
 
+std::string to_json(const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *movies) {
+    return write({{"list", array(movies, whole_movie)}});
+}
+
+std::string to_json(const TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T &request) {
+    return write({{"type", static_cast<INT32_T>(request.type)}, {"cid", request.cid}});
+}
+
+std::string to_json(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request) {
+    return write({{"cid", request.cid},
+                  {"tid", request.tid},
+                  {"aid", request.aid},
+                  {"yid", request.yid},
+                  {"did", request.did},
+                  {"pagenum", request.pagenum},
+                  {"pagesize", request.pagesize},
+                  {"orderby", request.orderby}});
+}
+
+std::string to_json(const TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T &request) {
+    return write({{"cid", request.cid}, {"mid", request.mid}});
+}
+
+std::string to_json(const TP_TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES_ARGS_T &request) {
+    return write({{"deviceid", name_in(request.deviceid)},
+                  {"hddevname", name_in(request.hddevname)},
+                  {"ptdevname", name_in(request.ptdevname)}});
+}
+
+std::string to_json(const TP_TAVISYS_MSGTYPE_REQUEST_MOVIE_INFO_ARGS_T &request) {
+    const auto code = [](const TP_MOVCODE_INFORMATION_T &info) { return string(info.movcode); };
+    return write({{"deviceid", string(request.deviceid)},
+                  {"hddevname", string(request.hddevname)},
+                  {"ptdevname", string(request.ptdevname)},
+                  {"list", array(request.list, code)}});
+}
+
 std::string to_json(const FETCHED_T &fetched) {
     JSON_T skipped = JSON_T::array();
     for (const SKIPPED_MOVIE_T &movie : fetched.skipped)
@@ -234,6 +344,38 @@ std::string player_name_to_json(const std::string &name) {
 
 std::string movie_count_to_json(INT32_T movies) {
     return write({{"movies", movies}});
+}
+
+std::string nothing_to_json() {
+    return write(nullptr);
+}
+
+std::string text_to_json(const std::string &text) {
+    return write({{"text", text}});
+}
+
+std::string reply_to_json(const RAW_REPLY_T &reply, const std::string &decoded) {
+    return write({{"type", reply.type},
+                  {"result", reply.result},
+                  {"length", reply.length},
+                  {"body", hex_of(reply.body)},
+                  {"decoded", decoded.empty() ? JSON_T(nullptr) : JSON_T::parse(decoded)}});
+}
+
+std::vector<FIELD_T> members_of(const std::string &document) {
+    const JSON_T members = JSON_T::parse(document);
+    std::vector<FIELD_T> fields;
+    for (const auto &[name, value] : members.items()) {
+        std::string text;
+        for (const JSON_T &one : value.is_array() ? value : JSON_T::array({value})) {
+            const std::string item = one.is_string() ? one.get<std::string>()
+                                     : one.is_null() ? ""
+                                                     : one.dump();
+            text += (text.empty() ? "" : messages::NAME_SEPARATOR) + item;
+        }
+        fields.push_back({name, text});
+    }
+    return fields;
 }
 
 } // namespace client

@@ -97,7 +97,7 @@ const NAME_BOOK_T::NAMED_IDS_T &NAME_BOOK_T::list_of(const ATTRIBUTE_T &attribut
     const auto known = lists.find(key);
     if (known != lists.end())
         return known->second;
-    return lists[key] = fetch_names(attribute, cid);
+    return lists[key] = from_ == NAMES_FROM_T::SERVER ? fetch_names(attribute, cid) : NAMED_IDS_T{};
 }
 
 INT32_T NAME_BOOK_T::find_id(const ATTRIBUTE_T &attribute, INT32_T cid, const std::string &text) {

@@ -35,9 +35,14 @@ struct NAMED_ID_T {
     std::string name;
 };
 
-// The server's lists, each of them asked for once, when it is first needed.
+// The server's lists, each of them asked for once, when it is first needed. Without a server every id stays
+// the number that it is.
+enum class NAMES_FROM_T { SERVER, NOWHERE };
+
 class NAME_BOOK_T {
 public:
+    explicit NAME_BOOK_T(NAMES_FROM_T from = NAMES_FROM_T::SERVER) : from_(from) {}
+
     // The id of what the user wrote: a name or an id, "全部" or 0 for all, an empty text for nothing said.
     // Throws a CLIENT_ERROR_T for a name that the server doesn't have.
     INT32_T find_id(const ATTRIBUTE_T &attribute, INT32_T cid, const std::string &text);
@@ -50,6 +55,7 @@ private:
 
     const NAMED_IDS_T &list_of(const ATTRIBUTE_T &attribute, INT32_T cid);
 
+    NAMES_FROM_T from_;
     std::map<std::pair<INT32_T, INT32_T>, NAMED_IDS_T> lists; // by type and category
 };
 

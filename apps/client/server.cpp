@@ -1,10 +1,13 @@
 #include "server.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <vector>
 
 #include "error.h"
 #include "messages.h"
+#include "support_memory.h"
 #include "support_socket.h"
 #include "tavisys_comm.h"
 #include "text.h"
@@ -41,12 +44,24 @@ constexpr const char *HERE = TAVISYS_LOCAL_SERVER_ADDRESS;
 constexpr RTSTATUS NO_POSTER = -2;
 constexpr RTSTATUS POSTER_DOES_NOT_FIT = -3;
 
-bool is_server_there(const std::string &host) {
-    INT32_T sock = -1;
-    if (create_tcp_client_socket(host.c_str(), TAVISYS_MSG_CHANNEL_PORT, &sock) != 0)
-        return false;
-    close_tcp_socket(sock);
-    return true;
+// A connection, closed with its object. It is there unless nobody listens.
+class CONNECTION_T {
+public:
+    CONNECTION_T(const std::string &host, INT32_T port) {
+        create_tcp_client_socket(host.c_str(), port, &sock_); // leaves the -1 where it fails
+    }
+    ~CONNECTION_T() { close_tcp_socket(sock_); }
+    CONNECTION_T(const CONNECTION_T &) = delete;
+    CONNECTION_T &operator=(const CONNECTION_T &) = delete;
+    bool is_there() const { return sock_ >= 0; }
+    INT32_T sock() const { return sock_; }
+
+private:
+    INT32_T sock_ = -1;
+};
+
+[[noreturn]] void fail_to_reach(const std::string &host, INT32_T port) {
+    throw CLIENT_ERROR_T(EXIT_FAILED, fill(messages::UNREACHABLE, {host, std::to_string(port)}));
 }
 
 [[noreturn]] void fail(const char *message, RTSTATUS result) {
@@ -55,15 +70,52 @@ bool is_server_there(const std::string &host) {
 
 // A -1 alone doesn't tell whether anybody listens, so that is tried once more.
 [[noreturn]] void fail_with_result(RTSTATUS result, const std::string &host = HERE) {
-    if (result == -1 && !is_server_there(host)) {
-        throw CLIENT_ERROR_T(EXIT_FAILED,
-                             fill(messages::UNREACHABLE, {host, std::to_string(TAVISYS_MSG_CHANNEL_PORT)}));
-    }
-    for (const RESULT_TEXT_T &known : RESULT_TEXTS) {
-        if (known.result == result)
-            fail(known.text, result);
-    }
-    fail(messages::REFUSED, result);
+    if (result == -1 && !CONNECTION_T(host, TAVISYS_MSG_CHANNEL_PORT).is_there())
+        fail_to_reach(host, TAVISYS_MSG_CHANNEL_PORT);
+    throw CLIENT_ERROR_T(EXIT_FAILED, refusal(result));
+}
+
+constexpr INT32_T REPLY_TIMEOUT = 10; // seconds, for a message of any type
+
+// A body from the channel, freed with its object.
+using BODY_T = std::unique_ptr<void, decltype(&safe_free)>;
+
+std::string bytes_of(const BODY_T &body, INT32_T length) {
+    return body == nullptr
+               ? ""
+               : std::string(static_cast<const char *>(body.get()), static_cast<std::size_t>(length));
+}
+
+RAW_REPLY_T exchange_binary(INT32_T sock, const RAW_QUESTION_T &question) {
+    TRLV_MESSAGE_HEAD head{question.type, 0, static_cast<INT32_T>(question.body.size())};
+    const INT32_T sent = send_data_to_tavisys_msg_channel(sock, &head, sizeof head, question.body.data());
+    if (sent < 0)
+        throw CLIENT_ERROR_T(EXIT_FAILED, refusal(sent));
+    PVOID received = nullptr;
+    const INT32_T got =
+        receive_data_from_tavisys_msg_channel(sock, &head, sizeof head, &received, REPLY_TIMEOUT);
+    const BODY_T body{received, safe_free};
+    if (got < 0)
+        throw CLIENT_ERROR_T(EXIT_FAILED, refusal(got));
+    return {head.type, head.result, head.length, bytes_of(body, head.length)};
+}
+
+RAW_REPLY_T exchange_text(INT32_T sock, const RAW_QUESTION_T &question) {
+    TP_MESSAGE_HEAD head{question.type, 0, static_cast<INT32_T>(question.body.size())};
+    if (send_data_to_net_communication_channel(sock, &head, sizeof head, question.body.data()) < 0)
+        throw CLIENT_ERROR_T(EXIT_FAILED, messages::REQUEST_NOT_SENT);
+    std::array<INT8_T, TAVISYS_NET_CHANNEL_HEAD_LENGTH + 1> text{}; // and the NUL
+    if (receive_data_from_tcp_socket(sock, text.data(), TAVISYS_NET_CHANNEL_HEAD_LENGTH, REPLY_TIMEOUT) !=
+        TAVISYS_NET_CHANNEL_HEAD_LENGTH)
+        throw CLIENT_ERROR_T(EXIT_FAILED, messages::NO_ANSWER);
+    if (parse_header_file(text.data(), &head) != 0 || head.length < 0)
+        throw CLIENT_ERROR_T(EXIT_FAILED, messages::ANSWER_MALFORMED);
+    if (head.length == 0)
+        return {head.type, head.result, 0, ""};
+    INT8_T *received = nullptr;
+    const INT32_T got = receive_text_from_tcp_socket(sock, &received, head.length, REPLY_TIMEOUT);
+    const BODY_T body{received, safe_free};
+    return {head.type, head.result, head.length, bytes_of(body, got)};
 }
 
 // Whether an answer came is told by the record, not by the result: the running status is a success of 20,
@@ -175,6 +227,20 @@ MOVIE_RECORDS_T fetch_movie_records(const POSITION_T &position) {
         return tavisysapi_get_movie_metadata_from_server(position.host.c_str(), position.disk.c_str(),
                                                          position.partition.c_str(), list);
     });
+}
+
+std::string refusal(RTSTATUS result) {
+    const auto *known = std::find_if(std::begin(RESULT_TEXTS), std::end(RESULT_TEXTS),
+                                     [result](const RESULT_TEXT_T &text) { return text.result == result; });
+    return fill(known == std::end(RESULT_TEXTS) ? messages::REFUSED : known->text, {std::to_string(result)});
+}
+
+RAW_REPLY_T exchange(const RAW_QUESTION_T &question, HEAD_FORM_T form) {
+    const CONNECTION_T connection{question.host, question.port};
+    if (!connection.is_there())
+        fail_to_reach(question.host, question.port);
+    return form == HEAD_FORM_T::TEXT ? exchange_text(connection.sock(), question)
+                                     : exchange_binary(connection.sock(), question);
 }
 
 } // namespace client

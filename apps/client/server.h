@@ -60,6 +60,30 @@ DISKS_T fetch_disks(const std::string &host);
 INT32_T fetch_movie_count(const POSITION_T &position);
 MOVIE_RECORDS_T fetch_movie_records(const POSITION_T &position);
 
+// A single message to a server or another peer, and what it answers, whatever that is.
+enum class HEAD_FORM_T { BINARY, TEXT };
+
+struct RAW_QUESTION_T {
+    std::string host; // dotted IPv4
+    INT32_T port;
+    INT32_T type;
+    std::string body;
+};
+
+struct RAW_REPLY_T {
+    INT32_T type;
+    RTSTATUS result;
+    INT32_T length;   // of the body, as the head has it
+    std::string body; // behind a head of text it may be shorter
+};
+
+constexpr std::size_t LONGEST_BODY = 2'147'483'647 - 12; // bytes: behind a head they still have to be counted
+
+RAW_REPLY_T exchange(const RAW_QUESTION_T &question, HEAD_FORM_T form);
+
+// What a result that isn't 0 says.
+std::string refusal(RTSTATUS result);
+
 // Calls visit(node) for each node of a list, those without a record left out.
 template <class NODE, class VISIT>
 void for_each_node(const NODE *list, VISIT visit) {

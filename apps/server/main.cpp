@@ -29,11 +29,15 @@ constexpr int EXIT_USAGE = 2;
 constexpr unsigned MOST_THREADS = 1024;
 constexpr size_t LONGEST_NAME = 255;
 
+unsigned processors() {
+    return std::max(1U, std::thread::hardware_concurrency());
+}
+
 struct OPTIONS_T {
     std::string library;
     std::string name = "影柜";
     std::string allowed = server::ACCESS_T::DEFAULT;
-    unsigned threads = 2 * std::max(1U, std::thread::hardware_concurrency());
+    unsigned threads = 2 * processors();
     std::string log_level;
 };
 
@@ -101,11 +105,13 @@ void block_signals() {
 
 // The body of a large reply and the lists of a scan go back to the system as soon as they are freed. Left
 // to itself malloc() learns from the first such block to keep the later ones, for each thread apart, and the
-// server grows by some megabytes for every thread that has once answered a large request.
-void keep_no_large_blocks() {
+// server grows by some megabytes for every thread that has once answered a large request. Smaller bodies stay
+// in the arena of their thread: more arenas than processors would only multiply them.
+void keep_little_freed_memory(unsigned processors) {
     constexpr int LARGE = 1024 * 1024;
     mallopt(M_MMAP_THRESHOLD, LARGE);
     mallopt(M_TRIM_THRESHOLD, LARGE);
+    mallopt(M_ARENA_MAX, static_cast<int>(processors));
 }
 
 int serve(const OPTIONS_T &options) {
@@ -117,8 +123,7 @@ int serve(const OPTIONS_T &options) {
     server::STORE_T store;
     const server::IDENTITY_T identity{TAVISYS_VERSION, options.name, server::machine_uuid()};
     server::answer_from(&store, &identity);
-    server::SCANNER_T scanner(options.library, identity.uuid,
-                              std::max(1U, std::thread::hardware_concurrency()), &store);
+    server::SCANNER_T scanner(options.library, identity.uuid, processors(), &store);
     server::WORKERS_T workers(options.threads, server::handle_request);
     server::ACCESS_T access;
     access.read(options.allowed);
@@ -154,7 +159,7 @@ int run(int argc, char **argv) {
         setenv("TAVISYS_LOG_LEVEL", options.log_level.c_str(), 1);
     dzlog_init(nullptr, "tavisys");
     block_signals();
-    keep_no_large_blocks();
+    keep_little_freed_memory(processors());
     const int result = serve(options);
     zlog_fini();
     return result;
