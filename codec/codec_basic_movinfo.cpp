@@ -1,5 +1,9 @@
 #include "codec_basic_movinfo.h"
 
+#include <algorithm>
+#include <cstring>
+#include <span>
+
 #include "codec/logged_body.h"
 
 using namespace tavisys;
@@ -7,22 +11,42 @@ using namespace tavisys::wire;
 
 namespace {
 
-struct BASIC_MOVIE_WIRE {
+// What a movie shows on every page.
+struct LASTING_WIRE {
     using RECORD = TP_TAVISYS_BASIC_MOVIE_INFORMATION_T;
-    static constexpr auto FIELDS =
-        std::make_tuple(integer(&RECORD::movid), string(&RECORD::movcode), string(&RECORD::movname),
-                        integer(&RECORD::score), integer(&RECORD::puttime), integer(&RECORD::pubtime),
-                        string(&RECORD::nposter), string(&RECORD::bposter), string(&RECORD::acronym),
-                        integer(&RECORD::category_id), integer(&RECORD::year_id), ids(&RECORD::kind_ids),
-                        ids(&RECORD::area_ids), ids(&RECORD::dimension_ids), ids(&RECORD::resolution_ids),
-                        string(&RECORD::hdsn), integer(&RECORD::index));
+    static constexpr auto FIELDS = std::make_tuple(
+        integer(&RECORD::movid), string(&RECORD::movcode), string(&RECORD::movname), integer(&RECORD::score),
+        integer(&RECORD::puttime), integer(&RECORD::pubtime), string(&RECORD::nposter),
+        string(&RECORD::bposter), string(&RECORD::acronym), integer(&RECORD::category_id),
+        integer(&RECORD::year_id), ids(&RECORD::kind_ids), ids(&RECORD::area_ids),
+        ids(&RECORD::dimension_ids), ids(&RECORD::resolution_ids), string(&RECORD::hdsn));
+};
+
+struct PLACE_WIRE {
+    using RECORD = LASTING_WIRE::RECORD;
+    static constexpr auto FIELDS = std::make_tuple(integer(&RECORD::index));
 };
 
 // A touch screen also shows how many videos there are and how long they take.
+struct TOUCH_WIRE {
+    using RECORD = LASTING_WIRE::RECORD;
+    static constexpr auto FIELDS = std::make_tuple(integer(&RECORD::totalvideo), integer(&RECORD::duration));
+};
+
+struct BASIC_MOVIE_WIRE {
+    using RECORD = LASTING_WIRE::RECORD;
+    static constexpr auto FIELDS = std::tuple_cat(LASTING_WIRE::FIELDS, PLACE_WIRE::FIELDS);
+};
+
 struct TOUCH_MOVIE_WIRE {
-    using RECORD = BASIC_MOVIE_WIRE::RECORD;
-    static constexpr auto FIELDS = std::tuple_cat(
-        BASIC_MOVIE_WIRE::FIELDS, std::make_tuple(integer(&RECORD::totalvideo), integer(&RECORD::duration)));
+    using RECORD = LASTING_WIRE::RECORD;
+    static constexpr auto FIELDS = std::tuple_cat(BASIC_MOVIE_WIRE::FIELDS, TOUCH_WIRE::FIELDS);
+};
+
+// A movie without its place, in either form.
+struct PART_WIRE {
+    using RECORD = LASTING_WIRE::RECORD;
+    static constexpr auto FIELDS = std::tuple_cat(LASTING_WIRE::FIELDS, TOUCH_WIRE::FIELDS);
 };
 
 struct PAGE_NUMBERS_WIRE {
@@ -87,6 +111,63 @@ RTSTATUS encode_page(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *info, PVOID
                encode_page_list<MOVIE>(to, info->list, functions.list);
     };
     return encode_to_message(length_of<PAGE_WIRE<MOVIE>>(*info), msgdata, msglen, fill_saying, say);
+}
+
+// Integers only: the smallest encoding is the only one.
+constexpr INT32_T PLACE_LENGTH = smallest_length<PLACE_WIRE>();
+constexpr INT32_T TOUCH_LENGTH = smallest_length<TOUCH_WIRE>();
+
+bool is_part(const TP_TAVISYS_BASIC_MOVIE_PART_T &part) {
+    return part.bytes != nullptr && part.length >= smallest_length<PART_WIRE>();
+}
+
+// With many movies their parts are in none of the caches. Asking for all of a page before any is needed takes
+// hardly longer than waiting for one.
+void prefetch(const TP_TAVISYS_BASIC_MOVIE_PART_T &part) {
+    constexpr INT32_T CACHE_LINE = 64;
+    for (INT32_T at = 0; at < part.length; at += CACHE_LINE)
+        __builtin_prefetch(static_cast<const INT8_T *>(part.bytes) + at);
+}
+
+bool copy_bytes(WRITER_T &to, const INT8_T *from, INT32_T count) {
+    INT8_T *room = to.at();
+    if (!to.skip(count))
+        return false;
+    memcpy(room, from, static_cast<size_t>(count));
+    return true;
+}
+
+bool encode_part(WRITER_T &to, const TP_TAVISYS_BASIC_MOVIE_PART_T &part, INT32_T index, bool is_touch) {
+    const auto *bytes = static_cast<const INT8_T *>(part.bytes);
+    const INT32_T lasting = part.length - TOUCH_LENGTH;
+    PLACE_WIRE::RECORD place{};
+    place.index = index;
+    return copy_bytes(to, bytes, lasting) && encode<PLACE_WIRE>(to, place) &&
+           (!is_touch || copy_bytes(to, bytes + lasting, TOUCH_LENGTH));
+}
+
+RTSTATUS encode_parts(const TP_PAGE_INFORMATION *pageinfo, INT32_T index,
+                      const TP_TAVISYS_BASIC_MOVIE_PART_T *parts, bool is_touch, PVOID *msgdata,
+                      INT32_T *msglen) {
+    if (pageinfo == nullptr || msgdata == nullptr || msglen == nullptr || pageinfo->replymovies < 0 ||
+        (parts == nullptr && pageinfo->replymovies > 0))
+        return -1;
+    const std::span movies(parts, static_cast<size_t>(pageinfo->replymovies));
+    int64_t length = length_of<PAGE_NUMBERS_WIRE>(*pageinfo) + INTEGER_LENGTH;
+    for (const auto &movie : movies) {
+        if (!is_part(movie))
+            return -1;
+        prefetch(movie);
+        length += movie.length + PLACE_LENGTH - (is_touch ? 0 : TOUCH_LENGTH);
+    }
+    int64_t place = index; // behind a last page it may be as large as it likes
+    return encode_to_message(length, msgdata, msglen, [&](WRITER_T &to) {
+        const auto encode_next = [&](const TP_TAVISYS_BASIC_MOVIE_PART_T &movie) {
+            return encode_part(to, movie, static_cast<INT32_T>(place++), is_touch);
+        };
+        return encode<PAGE_NUMBERS_WIRE>(to, *pageinfo) && to.integer(pageinfo->replymovies) &&
+               std::all_of(movies.begin(), movies.end(), encode_next);
+    });
 }
 
 bool has_code(const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node, const INT8_T *movcode) {
@@ -201,4 +282,21 @@ decode_touchscreen_basic_movie_ext_information_from_message(const void *msgdata,
 INT32_T decode_touchscreen_basic_movie_information_list_from_message(
     const void *msgdata, INT32_T msglen, TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list) {
     return decode_list_from_message<TOUCH_MOVIE_WIRE>(msgdata, msglen, list);
+}
+
+RTSTATUS encode_tavisys_basic_movie_information_to_part(const TP_TAVISYS_BASIC_MOVIE_INFORMATION_T *info,
+                                                        PVOID *part, INT32_T *length) {
+    return encode_record_to_message<PART_WIRE>(info, part, length);
+}
+
+RTSTATUS encode_tavisys_basic_movie_parts_to_message(const TP_PAGE_INFORMATION *pageinfo, INT32_T index,
+                                                     const TP_TAVISYS_BASIC_MOVIE_PART_T *parts,
+                                                     PVOID *msgdata, INT32_T *msglen) {
+    return encode_parts(pageinfo, index, parts, false, msgdata, msglen);
+}
+
+RTSTATUS encode_touchscreen_basic_movie_parts_to_message(const TP_PAGE_INFORMATION *pageinfo, INT32_T index,
+                                                         const TP_TAVISYS_BASIC_MOVIE_PART_T *parts,
+                                                         PVOID *msgdata, INT32_T *msglen) {
+    return encode_parts(pageinfo, index, parts, true, msgdata, msglen);
 }

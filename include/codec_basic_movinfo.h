@@ -65,6 +65,13 @@ typedef struct {
     TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *list; /**< owned by the record */
 } TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T;
 
+/** What all pages have in common that show a movie, encoded once; see
+ *  encode_tavisys_basic_movie_information_to_part(). */
+typedef struct {
+    const void *bytes; /**< the part */
+    INT32_T length;    /**< bytes in it */
+} TP_TAVISYS_BASIC_MOVIE_PART_T;
+
 /** One pair of ids, and the node of its list. */
 typedef struct {
     int mid;    /**< movie id */
@@ -111,9 +118,10 @@ TAVISYS_API void
 add_node_to_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list,
                                                  TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node);
 
-/** Append a node unless a movie of the same code, in upper or lower case, is in the list. A duplicate is
- *  logged at INFO and deleted, with its record and whatever is chained behind it: the caller's pointer
- *  must not be used afterwards, whichever way it went. NULL arguments are ignored. */
+/** Append a node unless a movie of the same code, in upper or lower case, is in the list. It compares every
+ *  movie in the list: n appends cost n squared. A duplicate is logged at INFO and deleted, with its record
+ *  and whatever is chained behind it: the caller's pointer must not be used afterwards, whichever way it
+ *  went. NULL arguments are ignored. */
 TAVISYS_API void
 add_touchscreen_node_to_tavisys_basic_movie_information_list(TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T **list,
                                                              TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node);
@@ -164,6 +172,34 @@ TAVISYS_API INT32_T decode_tavisys_basic_movie_information_list_from_message(
 /** As encode_tavisys_basic_movie_ext_information_to_message(), in the touch-screen form. */
 TAVISYS_API RTSTATUS encode_touchscreen_basic_movie_ext_information_to_message(
     const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *info, PVOID *msgdata, INT32_T *msglen);
+
+/** Encode what all pages have in common that show the movie, into a fresh part, which the caller frees with
+ *  safe_free(). A server that sends the same movies on many pages encodes each of them once and puts pages
+ *  together of their parts, for a fraction of what encoding their records takes. `index` is no part of it.
+ *  @return 0, or -1 with the out-arguments untouched: NULL argument, memory short. */
+TAVISYS_API RTSTATUS encode_tavisys_basic_movie_information_to_part(
+    const TP_TAVISYS_BASIC_MOVIE_INFORMATION_T *info, PVOID *part, INT32_T *length);
+
+/** Put a page together, in a fresh body, which the caller frees with safe_free(): the same that
+ *  encode_tavisys_basic_movie_ext_information_to_message() makes of the records. No movies make an empty
+ *  page.
+ *  @param pageinfo [in]  the page's numbers; `replymovies` is the number of parts.
+ *  @param index    [in]  of the first movie; each further one has the next.
+ *  @param parts    [in]  of the movies; read only. May be NULL where there are none.
+ *  @param msgdata  [out] receives the body.
+ *  @param msglen   [out] receives the bytes in the body.
+ *  @return 0, or -1 with the out-arguments untouched: NULL argument, a negative number of parts, a part that
+ *          is NULL or too short for one, a page too long to travel, memory short. */
+TAVISYS_API RTSTATUS encode_tavisys_basic_movie_parts_to_message(const TP_PAGE_INFORMATION *pageinfo,
+                                                                 INT32_T index,
+                                                                 const TP_TAVISYS_BASIC_MOVIE_PART_T *parts,
+                                                                 PVOID *msgdata, INT32_T *msglen);
+
+/** As encode_tavisys_basic_movie_parts_to_message(), for touch screens: the same that
+ *  encode_touchscreen_basic_movie_ext_information_to_message() makes of the records. */
+TAVISYS_API RTSTATUS encode_touchscreen_basic_movie_parts_to_message(
+    const TP_PAGE_INFORMATION *pageinfo, INT32_T index, const TP_TAVISYS_BASIC_MOVIE_PART_T *parts,
+    PVOID *msgdata, INT32_T *msglen);
 
 /** As decode_tavisys_basic_movie_ext_information_from_message(), of the touch-screen form. */
 TAVISYS_API INT32_T decode_touchscreen_basic_movie_ext_information_from_message(

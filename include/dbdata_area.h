@@ -44,7 +44,7 @@ create_dbdata_area_information_list_node(DBDATA_AREA_INFORMATION_T *info, PVOID 
 TAVISYS_API DBDATA_AREA_INFORMATION_LIST_T *create_dbdata_area_information_list_node_ex(const INT8_T *name,
                                                                                         PVOID list);
 
-/** Append a node at the tail; the list owns it then.
+/** Append a node at the tail; the list owns it then. It walks the list: n appends cost n squared.
  *  @return 0 when it was added, or when there was nothing to do: NULL argument, a node without a record
  *          for a list that is not empty (the node stays the caller's). 1 when the list has that key
  *          already: nothing was added and the caller must delete the node. */

@@ -57,8 +57,8 @@ TAVISYS_API DBDATA_HARDDISK_INFORMATION_LIST_T *
 create_dbdata_harddisk_information_list_node_ex(const INT8_T *devname, const INT8_T *serialno,
                                                 DBDATA_PARTITION_INFORMATION_LIST_T *list, INT32_T movies);
 
-/** Append a node at the tail; the list owns it then. A disk has to have a serial number, and is told from
- *  others by its device name.
+/** Append a node at the tail; the list owns it then. It walks the list: n appends cost n squared. A disk has
+ * to have a serial number, and is told from others by its device name.
  *  @return 0 when it was added, or when there was nothing to do: NULL argument, or, for a list that is
  *          not empty, a node without a record or a serial number (it stays the caller's). 1 when the list
  *          has that device name already: nothing was added and the node stays the caller's. */

@@ -61,7 +61,8 @@ create_dbdata_host_information_list_node_ex(EVENT_HOST_TYPE_E type, const INT8_T
  *  becomes the head, with the first greater address behind it, and the nodes before that one are no longer
  *  in the list: whoever has no pointer to them has lost them. No node is lost when every new address is
  *  greater, or every new address smaller, than all that are present. Use
- *  insert_node_to_dbdata_host_information_list() unless you count on that.
+ *  insert_node_to_dbdata_host_information_list() unless you count on that. Both walk the list: adding n
+ *  nodes costs n squared.
  *  @return 0 when it was added, or when there was nothing to do: NULL argument, or, for a list that is
  *          not empty, a node without a record or an address (it stays the caller's). 1 when the walk met
  *          that address, see safe_ipcmp(): nothing was added and the node stays the caller's. */

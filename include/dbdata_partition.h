@@ -63,8 +63,8 @@ create_dbdata_partition_information_list_node_ex(INT32_T seqno, const INT8_T *de
                                                  const INT8_T *mntp, DBDATA_MOVIE_INFORMATION_LIST_T *list,
                                                  INT32_T movies);
 
-/** Append a node at the tail; the list owns it then. A partition has to have a UUID, and is told from
- *  others by its device name.
+/** Append a node at the tail; the list owns it then. It walks the list: n appends cost n squared. A partition
+ * has to have a UUID, and is told from others by its device name.
  *  @return 0 when it was added, or when there was nothing to do: NULL argument, or, for a list that is
  *          not empty, a node without a record or a UUID (it stays the caller's). 1 when the list has that
  *          device name already: nothing was added and the node stays the caller's. */

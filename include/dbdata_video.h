@@ -54,8 +54,8 @@ TAVISYS_API DBDATA_VIDEO_INFORMATION_LIST_T *
 create_dbdata_video_information_list_node_ex(INT32_T seqno, const INT8_T *name, const INT8_T *filepath,
                                              const INT8_T *mp4);
 
-/** Append a node at the tail; the list owns it then. A sequence number or a path may stand in a list
- *  more than once.
+/** Append a node at the tail; the list owns it then. It walks the list: n appends cost n squared. A sequence
+ * number or a path may stand in a list more than once.
  *  @return 0, always: also for a NULL argument, and for a node without a record and a list that is not
  *          empty, which is not added and stays the caller's. */
 TAVISYS_API RTSTATUS add_node_to_dbdata_video_information_list(DBDATA_VIDEO_INFORMATION_LIST_T **list,

@@ -45,7 +45,7 @@ create_dbdata_year_information_list_node(DBDATA_YEAR_INFORMATION_T *info, PVOID 
 TAVISYS_API DBDATA_YEAR_INFORMATION_LIST_T *create_dbdata_year_information_list_node_ex(INT32_T year,
                                                                                         PVOID list);
 
-/** Append a node at the tail; the list owns it then.
+/** Append a node at the tail; the list owns it then. It walks the list: n appends cost n squared.
  *  @return 0 when it was added, or when there was nothing to do: NULL argument, a node without a record
  *          for a list that is not empty (the node stays the caller's). 1 when the list has that key
  *          already: nothing was added and the caller must delete the node. */

@@ -40,7 +40,9 @@ TAVISYS_API void free_doc_object(struct _xmlDoc *doc);
 /** Find a child element.
  *  @param parent  [in] the element whose direct children are looked at.
  *  @param tagname [in] name of the child.
- *  @param index   [in] which of the children of that name, from 0.
+ *  @param index   [in] which of the children of that name, from 0. The search begins with the first child: to
+ *                      read n children by their index costs n squared, see
+ *                      get_next_object_of_same_tagname().
  *  @return the child, which belongs to the document, or NULL: NULL argument, no such child. */
 TAVISYS_API struct _xmlNode *get_object_from_next_layer_xml_object_by_tagname(struct _xmlNode *parent,
                                                                               const INT8_T *tagname,

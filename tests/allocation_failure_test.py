@@ -302,6 +302,30 @@ def encode(name):
     return "" if result == 0 else str(result)
 
 
+def encode_part(name, by=None):
+    movies = decode("decode_tavisys_basic_movie_information_list_from_message", by="make_plain_call")
+    part, length = slot("PVOID *", 77), slot("INT32_T *", 77)
+    result = call(name, at(movies, 8), part, length, by=by or state["by"])
+    free("TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T", movies)
+    expect((result == 0) == (part.value != 77) == (length.value != 77), f"{name}: out-arguments")
+    if by:
+        return part.value, length.value
+    if result == 0:
+        call("safe_free", part.value)
+    return "" if result == 0 else str(result)
+
+
+def encode_parts(name):
+    part, size = encode_part("encode_tavisys_basic_movie_information_to_part", by="make_plain_call")
+    body, length = slot("PVOID *", 77), slot("INT32_T *", 77)
+    page, parts = struct.pack("5i", 1, 1, 1, 1, 1), struct.pack("Pi4x", part, size)
+    result = call(name, text(page), 1, text(parts), body, length, by=state["by"])
+    expect((result == 0) == (body.value != 77) == (length.value != 77), f"{name}: out-arguments")
+    for address in [part] + [body.value] * (result == 0):
+        call("safe_free", address)
+    return "" if result == 0 else str(result)
+
+
 def ask(name):
     body = REPLIES[name][1]
     body = body if isinstance(body, bytes) else BODIES[body]
@@ -469,7 +493,8 @@ OPEN_FORMS = {
     "get_tavi_metadata_information_from_string":
         f"|refused(从字符串获取DOC对象失败|创建影片元数据信息缓存失败)\n|refused({NODE})?(过滤影片类型\n)?({NODE})?"
         "(([^:\n]*: )?解析[^:]*时出错\n?)?分析并提取XML数据失败\n"}
-ATTEMPTS = (("create_tcp", None), ("create", create), ("decode", decode), ("encode", encode), ("get_tavi", parse),
+ATTEMPTS = (("create_tcp", None), ("create", create), ("decode", decode),
+            ("encode.*_to_part", encode_part), ("encode.*_parts_to_message", encode_parts), ("encode(?!.*_part)", encode), ("get_tavi", parse),
             ("get_doc", load), ("tavisysapi|touch", ask), ("exchange|deal|receive", exchange), ("safe_strdup", copy))
 # The calls that take no memory. Those of sockets are inside the exchanges and the agent's calls.
 WITHOUT_MEMORY = (("add|insert", append), ("duplicate", duplicate),
@@ -478,7 +503,9 @@ WITHOUT_MEMORY = (("add|insert", append), ("duplicate", duplicate),
 FRUGAL = re.compile("create_tcp|decode_int|get_tavi_metadata_failure_text|receive_data_from_tcp_socket|"
                     "encode_basic_movie_return|"  # fails with memory, too
                     + "|".join(prefix for prefix, _ in WITHOUT_MEMORY))
-KEPT = {"get_doc_object_from_memory": 8}  # libxml2 loses a converter for whose name it finds no memory
+A_PARSER = 30  # that waits for the next document: blocks
+KEPT = {"get_doc_object_from_memory": 8,  # libxml2 loses a converter for whose name it finds no memory
+        "get_tavi_metadata_information_from_document": A_PARSER, "get_tavi_metadata_information_from_string": A_PARSER}
 ANY = 100  # blocks may stay when a process does something for the first time
 complaints = []
 

@@ -7,6 +7,7 @@
 #include <random>
 
 #include "metadata_parse.h"
+#include "page_body.h"
 #include "server_harness.h"
 
 using namespace server;
@@ -41,7 +42,9 @@ MOVIE_PTR random_movie(RANDOM_T *random, int number) {
     DBDATA_MOVIE_INFORMATION_T *record = nullptr;
     EXPECT_EQ(0, get_tavi_metadata_information_from_document(text.data(), static_cast<INT32_T>(text.size()),
                                                              &record, nullptr));
-    return std::make_shared<const MOVIE_T>(record);
+    auto movie = std::make_shared<const MOVIE_T>(*record, "sda/sda1/" + document.code);
+    release_dbdata_movie_information(&record);
+    return movie;
 }
 
 template <class NODE>
@@ -118,10 +121,60 @@ TEST(Catalogue, PagesHoldWhatAPlainSearchFinds) {
         ASSERT_EQ(end - begin, page.positions.size());
         for (size_t at = begin; at < end; at++)
             ASSERT_STREQ(wanted[at]->info->movie_code,
-                         movies[page.positions[at - begin]]->record->info->movie_code);
+                         catalogue.movies()[page.positions[at - begin]]->record->info->movie_code);
         filled += page.positions.empty() ? 0 : 1;
     }
     EXPECT_GT(filled, 500U); // the requests did select something
+}
+
+// A page's body is put together of parts that have been encoded before.
+TEST(Catalogue, PageBodiesAreWhatTheEncodersMakeOfTheirMovies) {
+    RANDOM_T random;
+    std::vector<MOVIE_PTR> movies;
+    for (int i = 0; i < 60; i++)
+        movies.push_back(random_movie(&random, i));
+    const DISK_T disks[] = {{"sda", "S1", {{"sda1", "U1", "/m", {20, 20, 0}}}},
+                            {"sdb", "", {{"sdb1", "U2", "/n", {40, 40, 0}}}}};
+    const CATALOGUE_T catalogue(movies, disks);
+    const struct {
+        PAGE_FORM_T form;
+        INT32_T (*decode)(const void *, INT32_T, TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **);
+        RTSTATUS (*encode)(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *, PVOID *, INT32_T *);
+    } forms[] = {{PAGE_FORM_T::PLAIN, decode_tavisys_basic_movie_ext_information_from_message,
+                  encode_tavisys_basic_movie_ext_information_to_message},
+                 {PAGE_FORM_T::TOUCH, decode_touchscreen_basic_movie_ext_information_from_message,
+                  encode_touchscreen_basic_movie_ext_information_to_message}};
+    for (const auto &[form, decode, encode] : forms)
+        for (const INT32_T pagenum : {1, 3, 4}) { // whole, the rest, none
+            const REQUEST_T request{0, 0, 0, 0, 0, pagenum, 25, TP_ORDER_BY_NAME};
+            const PAGE_T page = catalogue.page(request);
+            INT32_T length = 0;
+            PVOID body = page_body_of(catalogue, page, request, form, &length);
+            TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *decoded = nullptr;
+            ASSERT_EQ(length, decode(body, length, &decoded));
+            EXPECT_EQ(3, decoded->pageinfo.totalpages);
+            size_t at = 0;
+            harness::for_each(decoded->list, [&](const auto &movie) {
+                const MOVIE_T &wanted = *catalogue.movies()[page.positions[at++]];
+                const bool on_first_disk = atoi(wanted.record->info->movie_code + 1) < 20;
+                EXPECT_EQ(wanted.record->id, movie.movid);
+                EXPECT_EQ((pagenum - 1) * 25 + static_cast<INT32_T>(at), movie.index);
+                EXPECT_STREQ(on_first_disk ? "S1" : "", movie.hdsn);
+                EXPECT_EQ(std::string(wanted.folder) + "/posters/b.jpg", movie.bposter);
+                EXPECT_EQ(form == PAGE_FORM_T::TOUCH ? 171 : 0, movie.duration);
+            });
+            EXPECT_EQ(page.positions.size(), at);
+            PVOID again = nullptr;
+            INT32_T again_length = 0;
+            if (at > 0) { // the encoders take no page without a list
+                ASSERT_EQ(0, encode(decoded, &again, &again_length));
+                EXPECT_EQ(std::string(static_cast<INT8_T *>(body), static_cast<size_t>(length)),
+                          std::string(static_cast<INT8_T *>(again), static_cast<size_t>(again_length)));
+            }
+            delete_tavisys_basic_movie_ext_information(&decoded);
+            safe_free(again);
+            safe_free(body);
+        }
 }
 
 TEST(Catalogue, TakesScoresInTenths) {

@@ -281,9 +281,11 @@ TEST(Server, LeavesOutWhatItCannotReadAndSaysWhy) {
 
 TEST(Server, ARescanSeesWhatHasChangedAndKeepsTheIdsOfTheRest) {
     const FOLDER_T library;
-    write_document(library.path(), "sda/sda1", {"C1", "一"});
+    const fs::path kept = write_document(library.path(), "sda/sda1", {"C1", "一"});
     const fs::path changed = write_document(library.path(), "sda/sda1", {"C2", "二"});
     const fs::path removed = write_document(library.path(), "sda/sda1", {"C3", "三"});
+    for (const fs::path &document : {kept, changed, removed}) // folders that are relied on
+        fs::last_write_time(document.parent_path(), fs::file_time_type::clock::now() - std::chrono::hours(1));
     const auto server = SERVER_PROCESS_T::serving(library.path());
     const auto ids = [] {
         std::map<std::string, INT32_T> result;
@@ -297,13 +299,17 @@ TEST(Server, ARescanSeesWhatHasChangedAndKeepsTheIdsOfTheRest) {
     write_file(changed, MOVIE_DOCUMENT_T{"C2", "贰", "1.0"}.text());
     fs::remove(removed);
     write_document(library.path(), "sdb/sdb1", {"C4", "四"});
+    write_document(library.path(), "sda/sda1/C1", {"C5", "五"});
+    fs::create_hard_link(kept, library.path() / "backup.xml"); // neither is a change of what is in it
+    fs::permissions(kept, fs::perms::owner_read);
     server->signal(SIGHUP);
     ASSERT_TRUE(server->wait_for_scans(2));
     auto after = ids();
-    EXPECT_EQ(3U, after.size());
+    EXPECT_EQ(4U, after.size());
     EXPECT_EQ(before["一"], after["一"]);
     EXPECT_EQ(1U, after.count("贰"));
     EXPECT_EQ(1U, after.count("四"));
+    EXPECT_EQ(1U, after.count("五"));
 }
 
 TEST(Server, ManyRescansDropNoRequestAndDontGrow) {

@@ -2,8 +2,10 @@
 
 #include <cctype>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -14,9 +16,9 @@
 #include "support/list.h"
 #include "support/log.h"
 #include "support/owner.h"
+#include "support/xml_reader.h"
 #include "support_memory.h"
 #include "support_text.h"
-#include "support_xml.h"
 
 using namespace tavisys;
 
@@ -85,15 +87,46 @@ constexpr bool failures_stand_at_their_number() {
 }
 static_assert(failures_stand_at_their_number());
 
-struct FREE_DOC_T {
-    void operator()(_xmlDoc *doc) const { free_doc_object(doc); }
+// The children of the root, in the order in which documents mostly have them.
+enum CHILD_E {
+    MOVIE,
+    IMDB_VALUE,
+    INDEX,
+    DIMENSION_INFO,
+    RESOLUTION_INFO,
+    CATEGORY,
+    KINDS,
+    AREAS,
+    DIRECTORS,
+    ACTORS,
+    PUT_TIME,
+    PUBLISH_TIME,
+    DURATION,
+    POSTER,
+    POSTER_TV_B,
+    POSTER_TV_M,
+    POSTER_TV_S,
+    DETAILED_DESC,
+    DESCRIPTION,
+    EPISODES,
+    VIDEOS,
+    CHILDREN
 };
-using OWNED_DOC_T = std::unique_ptr<_xmlDoc, FREE_DOC_T>;
+constexpr const INT8_T *CHILD_NAMES[] = {
+    "movie",       "imdb_value",  "index",       "dimension_info", "resolution_info", "category", "kinds",
+    "areas",       "directors",   "actors",      "put_time",       "publish_time",    "duration", "poster",
+    "poster_tv_b", "poster_tv_m", "poster_tv_s", "detailed_desc",  "description",     "episodes", "videos"};
+static_assert(std::size(CHILD_NAMES) == CHILDREN);
+
+struct FREE_DOCUMENT_T {
+    void operator()(XML_DOCUMENT_T *document) const { free_xml_document(document); }
+};
+using OWNED_DOCUMENT_T = std::unique_ptr<XML_DOCUMENT_T, FREE_DOCUMENT_T>;
 using OWNED_MOVIE_T = OWNED_T<DBDATA_MOVIE_INFORMATION_T, release_dbdata_movie_information>;
 
 // One document on its way into a record, and whether that is told.
 struct PARSER_T {
-    _xmlNode *root;
+    const XML_ELEMENT_T *children[CHILDREN]; // NULL for those that the document lacks
     DBDATA_MOVIE_INFORMATION_T *info;
     bool aloud;
 
@@ -136,20 +169,20 @@ void tell_lack(const PARSER_T &parser, const void *address, const INT8_T *text) 
     TAVISYS_LOG_AS(LOG_FUNCTION, ZLOG_LEVEL_INFO, "%p: %s", address, text);
 }
 
+const XML_ELEMENT_T *child_of(const XML_ELEMENT_T *parent, const INT8_T *tagname) {
+    return parent == nullptr ? nullptr : first_of_name(parent->children, tagname);
+}
+
 // The text of one element. It is not cleared: a document has some fifty of them.
 struct VALUE_T {
     INT8_T text[VALUE_SIZE];
 
-    bool read(_xmlNode *parent, const INT8_T *tagname) {
-        return get_value_from_next_layer_object_by_tagname_and_index(parent, tagname, 0, text, VALUE_SIZE) ==
-               0;
+    bool read(const XML_ELEMENT_T *parent, const INT8_T *tagname) { return read(child_of(parent, tagname)); }
+    bool read(const XML_ELEMENT_T *element) {
+        return get_value_of_xml_element(element, text, VALUE_SIZE) == 0;
     }
     INT8_T *stripped() { return strip_char_space_and_return_from_string(text); }
 };
-
-_xmlNode *child_of(_xmlNode *parent, const INT8_T *tagname) {
-    return get_object_from_next_layer_xml_object_by_tagname(parent, tagname, 0);
-}
 
 // Scans an integer as "%d" does and moves behind it. One that is out of range is none.
 bool scan_number(const INT8_T *&text, INT32_T *number) {
@@ -185,9 +218,9 @@ INT32_T date_of(const INT8_T *text) {
 }
 
 // A text without a number leaves the field as it is and passes; an empty one does not.
-bool store_number(_xmlNode *parent, const INT8_T *tagname, INT32_T *field) {
+bool store_number(const XML_ELEMENT_T *element, INT32_T *field) {
     VALUE_T value;
-    if (!value.read(parent, tagname))
+    if (!value.read(element))
         return false;
     const INT8_T *text = value.text;
     while (isspace(static_cast<unsigned char>(*text)) != 0)
@@ -198,9 +231,9 @@ bool store_number(_xmlNode *parent, const INT8_T *tagname, INT32_T *field) {
     return true;
 }
 
-bool store_stripped(_xmlNode *parent, const INT8_T *tagname, INT8_T *&field) {
+bool store_stripped(const XML_ELEMENT_T *element, INT8_T *&field) {
     VALUE_T value;
-    return value.read(parent, tagname) && store_copy(field, value.stripped());
+    return value.read(element) && store_copy(field, value.stripped());
 }
 
 // Adds a node by the family's own rule; a duplicate, which nobody else holds, is deleted.
@@ -256,9 +289,9 @@ private:
 
 // Calls read for each child of that name, until it fails.
 template <class READ>
-bool read_children(_xmlNode *parent, const INT8_T *tagname, READ read) {
-    for (_xmlNode *child = child_of(parent, tagname); child != nullptr;
-         child = get_next_object_of_same_tagname(child)) {
+bool read_children(const XML_ELEMENT_T *parent, const INT8_T *tagname, READ read) {
+    for (const XML_ELEMENT_T *child = child_of(parent, tagname); child != nullptr;
+         child = first_of_name(child->next, tagname)) {
         if (!read(child))
             return false;
     }
@@ -266,7 +299,7 @@ bool read_children(_xmlNode *parent, const INT8_T *tagname, READ read) {
 }
 
 bool parse_basic_information(const PARSER_T &parser) {
-    _xmlNode *movie = child_of(parser.root, "movie");
+    const XML_ELEMENT_T *movie = parser.children[MOVIE];
     VALUE_T code;
     VALUE_T name_ch;
     VALUE_T name_en;
@@ -278,12 +311,12 @@ bool parse_basic_information(const PARSER_T &parser) {
 }
 
 bool parse_imdb_value(const PARSER_T &parser) {
-    return store_stripped(parser.root, "imdb_value", parser.info->imdbvalue);
+    return store_stripped(parser.children[IMDB_VALUE], parser.info->imdbvalue);
 }
 
 bool parse_index(const PARSER_T &parser) {
     VALUE_T value;
-    if (!value.read(parser.root, "index"))
+    if (!value.read(parser.children[INDEX]))
         return false;
     skip_nonchar_and_nonnum_in_string(value.text);
     parser.info->acronym = safe_strdup(value.stripped());
@@ -291,7 +324,6 @@ bool parse_index(const PARSER_T &parser) {
 }
 
 struct SINGLE_ATTRIBUTE_T {
-    const INT8_T *element;
     const INT8_T *id;
     const INT8_T *name;
     INT32_T default_id;
@@ -300,11 +332,10 @@ struct SINGLE_ATTRIBUTE_T {
 
 // The value for all, then the document's own or the default one. What finds no memory is left out.
 template <class NODE>
-void parse_single_attribute(_xmlNode *root, const SINGLE_ATTRIBUTE_T &attribute, NODE **list,
+void parse_single_attribute(const XML_ELEMENT_T *element, const SINGLE_ATTRIBUTE_T &attribute, NODE **list,
                             NODE *(*create_node)(INT32_T, const INT8_T *, PVOID),
                             RTSTATUS (*add)(NODE **, NODE *), void (*delete_node)(NODE **)) {
     add_or_delete(list, create_node(0, ALL, nullptr), add, delete_node);
-    _xmlNode *element = child_of(root, attribute.element);
     VALUE_T id;
     VALUE_T name;
     const INT32_T number = id.read(element, attribute.id) ? number_of(id.text) : attribute.default_id;
@@ -313,8 +344,8 @@ void parse_single_attribute(_xmlNode *root, const SINGLE_ATTRIBUTE_T &attribute,
 }
 
 bool parse_dimensions(const PARSER_T &parser) {
-    constexpr SINGLE_ATTRIBUTE_T DIMENSION = {"dimension_info", "dimension_id", "dimension_name", 0, "2D"};
-    parse_single_attribute(parser.root, DIMENSION, &parser.info->dimension_list,
+    constexpr SINGLE_ATTRIBUTE_T DIMENSION = {"dimension_id", "dimension_name", 0, "2D"};
+    parse_single_attribute(parser.children[DIMENSION_INFO], DIMENSION, &parser.info->dimension_list,
                            create_dbdata_dimension_information_list_node_ex,
                            add_node_to_dbdata_dimension_information_list,
                            delete_dbdata_dimension_information_list_node);
@@ -322,9 +353,8 @@ bool parse_dimensions(const PARSER_T &parser) {
 }
 
 bool parse_resolutions(const PARSER_T &parser) {
-    constexpr SINGLE_ATTRIBUTE_T RESOLUTION = {"resolution_info", "resolution_id", "resolution_name", 2,
-                                               "BD"};
-    parse_single_attribute(parser.root, RESOLUTION, &parser.info->resolution_list,
+    constexpr SINGLE_ATTRIBUTE_T RESOLUTION = {"resolution_id", "resolution_name", 2, "BD"};
+    parse_single_attribute(parser.children[RESOLUTION_INFO], RESOLUTION, &parser.info->resolution_list,
                            create_dbdata_resolution_information_list_node_ex,
                            add_node_to_dbdata_resolution_information_list,
                            delete_dbdata_resolution_information_list_node);
@@ -341,7 +371,7 @@ const INT8_T *correct_category_name(const INT8_T *name) {
 
 bool parse_category(const PARSER_T &parser) {
     VALUE_T value;
-    if (!value.read(parser.root, "category"))
+    if (!value.read(parser.children[CATEGORY]))
         return false;
     parser.info->category_list =
         create_dbdata_category_information_list_node_ex(correct_category_name(value.stripped()), nullptr);
@@ -357,7 +387,7 @@ INT32_T category_id(const PARSER_T &parser) {
 }
 
 bool parse_kinds(const PARSER_T &parser) {
-    _xmlNode *kinds = child_of(parser.root, "kinds");
+    const XML_ELEMENT_T *kinds = parser.children[KINDS];
     if (kinds == nullptr)
         return false;
     KEYED_LIST_T<DBDATA_KIND_INFORMATION_LIST_T, &DBDATA_KIND_INFORMATION_T::name,
@@ -366,7 +396,7 @@ bool parse_kinds(const PARSER_T &parser) {
     const auto add = [&](const INT8_T *name) {
         return list.add(create_dbdata_kind_information_list_node_ex(category_id(parser), name, nullptr));
     };
-    return add(ALL) && read_children(kinds, "kind", [&](_xmlNode *kind) {
+    return add(ALL) && read_children(kinds, "kind", [&](const XML_ELEMENT_T *kind) {
                VALUE_T name;
                return name.read(kind, "kind_name") && add(name.text);
            });
@@ -400,7 +430,7 @@ bool add_3d_kind(const PARSER_T &parser) {
 }
 
 bool parse_areas(const PARSER_T &parser) {
-    _xmlNode *areas = child_of(parser.root, "areas");
+    const XML_ELEMENT_T *areas = parser.children[AREAS];
     if (areas == nullptr)
         return false;
     KEYED_LIST_T<DBDATA_AREA_INFORMATION_LIST_T, &DBDATA_AREA_INFORMATION_T::name,
@@ -409,14 +439,14 @@ bool parse_areas(const PARSER_T &parser) {
     const auto add = [&](const INT8_T *name) {
         return list.add(create_dbdata_area_information_list_node_ex(name, nullptr));
     };
-    return add(ALL) && read_children(areas, "area", [&](_xmlNode *area) {
+    return add(ALL) && read_children(areas, "area", [&](const XML_ELEMENT_T *area) {
                VALUE_T name;
                return name.read(area, "area_name") && add(name.text);
            });
 }
 
 struct PERSON_TAGS_T {
-    const INT8_T *list;
+    CHILD_E list;
     const INT8_T *person;
     const INT8_T *code;
     const INT8_T *name;
@@ -424,8 +454,8 @@ struct PERSON_TAGS_T {
 
 template <class LIST, class CREATE_NODE>
 bool parse_persons(const PARSER_T &parser, const PERSON_TAGS_T &tags, LIST list, CREATE_NODE create_node) {
-    _xmlNode *persons = child_of(parser.root, tags.list);
-    return persons != nullptr && read_children(persons, tags.person, [&](_xmlNode *person) {
+    const XML_ELEMENT_T *persons = parser.children[tags.list];
+    return persons != nullptr && read_children(persons, tags.person, [&](const XML_ELEMENT_T *person) {
                VALUE_T code;
                VALUE_T name;
                return code.read(person, tags.code) && name.read(person, tags.name) &&
@@ -436,27 +466,27 @@ bool parse_persons(const PARSER_T &parser, const PERSON_TAGS_T &tags, LIST list,
 bool parse_directors(const PARSER_T &parser) {
     using LIST_T = KEYED_LIST_T<DBDATA_DIRECTOR_INFORMATION_LIST_T, &DBDATA_DIRECTOR_INFORMATION_T::code,
                                 delete_dbdata_director_information_list_node>;
-    return parse_persons(parser, {"directors", "director", "director_code", "director_name"},
+    return parse_persons(parser, {DIRECTORS, "director", "director_code", "director_name"},
                          LIST_T(parser.info->director_list), create_dbdata_director_information_list_node_ex);
 }
 
 bool parse_actors(const PARSER_T &parser) {
     using LIST_T = KEYED_LIST_T<DBDATA_ACTOR_INFORMATION_LIST_T, &DBDATA_ACTOR_INFORMATION_T::code,
                                 delete_dbdata_actor_information_list_node>;
-    return parse_persons(parser, {"actors", "actor", "actor_code", "actor_name"},
+    return parse_persons(parser, {ACTORS, "actor", "actor_code", "actor_name"},
                          LIST_T(parser.info->actor_list), create_dbdata_actor_information_list_node_ex);
 }
 
 bool parse_put_time(const PARSER_T &parser) {
     VALUE_T value;
-    const bool given = value.read(parser.root, "put_time");
+    const bool given = value.read(parser.children[PUT_TIME]);
     parser.info->put_time = given ? date_of(value.stripped()) : DEFAULT_DATE;
     return true;
 }
 
 bool parse_publish_time(const PARSER_T &parser) {
     VALUE_T value;
-    if (!value.read(parser.root, "publish_time"))
+    if (!value.read(parser.children[PUBLISH_TIME]))
         return false;
     parser.info->publish_time = date_of(value.stripped());
     return true;
@@ -471,11 +501,11 @@ bool add_years(const PARSER_T &parser) {
 }
 
 bool parse_duration(const PARSER_T &parser) {
-    return store_number(parser.root, "duration", &parser.info->duration);
+    return store_number(parser.children[DURATION], &parser.info->duration);
 }
 
 bool parse_posters(const PARSER_T &parser) {
-    _xmlNode *poster = child_of(parser.root, "poster");
+    const XML_ELEMENT_T *poster = parser.children[POSTER];
     VALUE_T big;
     VALUE_T middle;
     VALUE_T small;
@@ -489,8 +519,8 @@ bool store_tv_posters(const PARSER_T &parser) {
     VALUE_T big;
     VALUE_T middle;
     VALUE_T small;
-    if (!big.read(parser.root, "poster_tv_b") || !middle.read(parser.root, "poster_tv_m") ||
-        !small.read(parser.root, "poster_tv_s"))
+    if (!big.read(parser.children[POSTER_TV_B]) || !middle.read(parser.children[POSTER_TV_M]) ||
+        !small.read(parser.children[POSTER_TV_S]))
         return false;
     DBDATA_POSTER_INFORMATION_T &posters = *parser.info->posters;
     return store_copy(posters.tv_big, big.text) && store_copy(posters.tv_middle, middle.text) &&
@@ -505,24 +535,23 @@ bool parse_tv_posters(const PARSER_T &parser) {
 
 bool parse_detailed_description(const PARSER_T &parser) {
     INT8_T text[DESCRIPTION_SIZE];
-    const bool given = get_value_from_next_layer_object_by_tagname_and_index(parser.root, "detailed_desc", 0,
-                                                                             text, DESCRIPTION_SIZE) == 0;
+    const bool given = get_value_of_xml_element(parser.children[DETAILED_DESC], text, DESCRIPTION_SIZE) == 0;
     if (!given || !store_copy(parser.info->description, strip_char_space_and_return_from_string(text)))
         tell_lack(parser, parser.info->description, "解析详细内容出错");
     return true;
 }
 
 bool parse_summary(const PARSER_T &parser) {
-    return store_stripped(parser.root, "description", parser.info->summary);
+    return store_stripped(parser.children[DESCRIPTION], parser.info->summary);
 }
 
 bool parse_episodes(const PARSER_T &parser) {
-    return store_number(parser.root, "episodes", &parser.info->episodes);
+    return store_number(parser.children[EPISODES], &parser.info->episodes);
 }
 
 bool parse_videos(const PARSER_T &parser) {
     TAIL_T<DBDATA_VIDEO_INFORMATION_LIST_T> list;
-    const bool complete = read_children(child_of(parser.root, "videos"), "video", [&](_xmlNode *video) {
+    const bool complete = read_children(parser.children[VIDEOS], "video", [&](const XML_ELEMENT_T *video) {
         VALUE_T seqno;
         VALUE_T name;
         VALUE_T filepath;
@@ -588,17 +617,36 @@ TAVI_METADATA_FAILURE_E fail(TAVI_METADATA_FAILURE_E failure, bool aloud) {
     return failure;
 }
 
-TAVI_METADATA_FAILURE_E load_movie(const OWNED_DOC_T &doc, bool aloud, DBDATA_MOVIE_INFORMATION_T **movinfo) {
-    if (doc == nullptr)
+// The first child of each name. The search for one begins behind the name of the one before.
+void find_children(const XML_ELEMENT_T *root, const XML_ELEMENT_T *(&children)[CHILDREN]) {
+    size_t next = 0;
+    for (const XML_ELEMENT_T *child = root->children; child != nullptr; child = child->next)
+        for (size_t tried = 0; tried < CHILDREN; tried++) {
+            const size_t at = (next + tried) % CHILDREN;
+            if (strcmp(child->name, CHILD_NAMES[at]) != 0)
+                continue;
+            if (children[at] == nullptr)
+                children[at] = child;
+            next = at + 1;
+            break;
+        }
+}
+
+TAVI_METADATA_FAILURE_E load_movie(const void *document, size_t length, bool aloud,
+                                   DBDATA_MOVIE_INFORMATION_T **movinfo) {
+    const OWNED_DOCUMENT_T read{length > INT_MAX ? nullptr
+                                                 : read_xml_document(document, static_cast<INT32_T>(length))};
+    if (read == nullptr)
         return fail(TAVI_METADATA_NOT_WELL_FORMED, aloud);
-    _xmlNode *root = get_root_object_from_doc_object(doc.get());
+    const XML_ELEMENT_T *root = get_root_of_xml_document(read.get());
     if (root == nullptr)
         return fail(TAVI_METADATA_NO_ROOT, aloud);
     OWNED_MOVIE_T movie{create_dbdata_movie_information()};
     if (movie == nullptr)
         return fail(TAVI_METADATA_MEMORY, aloud);
 
-    const PARSER_T parser{root, movie.get(), aloud};
+    PARSER_T parser{{}, movie.get(), aloud};
+    find_children(root, parser.children);
     const TAVI_METADATA_FAILURE_E failure = parse_tavi_metadata_from_object(parser);
     if (failure == TAVI_METADATA_OK) {
         *movinfo = movie.release();
@@ -614,10 +662,9 @@ TAVI_METADATA_FAILURE_E load_movie(const OWNED_DOC_T &doc, bool aloud, DBDATA_MO
 RTSTATUS get_tavi_metadata_information_from_string(const INT8_T *string,
                                                    DBDATA_MOVIE_INFORMATION_T **movinfo) {
     constexpr bool ALOUD = true;
-    const TAVI_METADATA_FAILURE_E result =
-        string == nullptr || movinfo == nullptr
-            ? fail(TAVI_METADATA_INVALID_ARGUMENT, ALOUD)
-            : load_movie(OWNED_DOC_T(get_doc_object_from_string(string)), ALOUD, movinfo);
+    const TAVI_METADATA_FAILURE_E result = string == nullptr || movinfo == nullptr
+                                               ? fail(TAVI_METADATA_INVALID_ARGUMENT, ALOUD)
+                                               : load_movie(string, strlen(string), ALOUD, movinfo);
     return result == TAVI_METADATA_OK ? 0 : -1;
 }
 
@@ -628,7 +675,7 @@ RTSTATUS get_tavi_metadata_information_from_document(const void *document, INT32
     const TAVI_METADATA_FAILURE_E result =
         document == nullptr || length < 1 || movinfo == nullptr
             ? TAVI_METADATA_INVALID_ARGUMENT
-            : load_movie(OWNED_DOC_T(get_doc_object_from_memory(document, length)), ALOUD, movinfo);
+            : load_movie(document, static_cast<size_t>(length), ALOUD, movinfo);
     if (failure != nullptr)
         *failure = result;
     return result == TAVI_METADATA_OK ? 0 : -1;

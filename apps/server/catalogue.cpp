@@ -5,6 +5,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <numeric>
+#include <string_view>
+#include <tuple>
+
+#include "page_body.h"
 
 namespace server {
 
@@ -18,103 +22,180 @@ void for_each(const NODE *list, VISIT visit) {
             visit(*node->info);
 }
 
-void count_value(VALUES_T *values, INT32_T id, const INT8_T *name, INT32_T year, bool all,
-                 POSITION_T position) {
-    VALUE_T &value = (*values)[id];
-    value.name = name;
-    value.year = year;
-    value.means_all = all;
-    value.movies++;
-    if (!all)
-        value.positions.push_back(position);
-}
-
-// Files a movie under the values of its category that pages filter by.
-void file_values(CATEGORY_T *category, const DBDATA_MOVIE_INFORMATION_T &movie, POSITION_T position) {
-    for_each(movie.kind_list, [&](const auto &info) {
-        count_value(&category->values[TP_FILTER_TYPE_KIND], info.id, info.name, 0, means_all(info.name),
-                    position);
-    });
-    for_each(movie.area_list, [&](const auto &info) {
-        count_value(&category->values[TP_FILTER_TYPE_AREA], info.id, info.name, 0, means_all(info.name),
-                    position);
-    });
-    for_each(movie.year_list, [&](const auto &info) {
-        count_value(&category->values[TP_FILTER_TYPE_YEAR], info.id, nullptr, info.year, info.year == 0,
-                    position);
-    });
-    for_each(movie.dimension_list, [&](const auto &info) {
-        count_value(&category->values[TP_FILTER_TYPE_DIMENSION], info.id, info.dimension, 0,
-                    means_all(info.dimension), position);
-    });
-}
-
-// The sorted lists of a category that a movie belongs into.
-void add_lists(CATEGORY_T *category, const DBDATA_MOVIE_INFORMATION_T &movie,
-               std::vector<SORTED_T *> *lists) {
-    lists->push_back(&category->movies);
-    for_each(movie.kind_list, [&](const auto &info) {
-        if (!means_all(info.name))
-            lists->push_back(&category->movies_of_kind[info.id]);
-    });
-}
-
-bool has_kind(const DBDATA_MOVIE_INFORMATION_T &movie, INT32_T id) {
-    bool found = false;
-    for_each(movie.kind_list, [&](const auto &info) { found = found || info.id == id; });
-    return found;
-}
-
-// The movies that carry the value, or NULL when the id filters nothing. An id that the category doesn't
-// know selects no movie.
-const POSITIONS_T *selected_by(const VALUES_T &values, INT32_T id) {
-    static const POSITIONS_T NOTHING;
-    if (id == NO_FILTER)
-        return nullptr;
-    const auto found = values.find(id);
-    if (found == values.end())
-        return &NOTHING;
-    return found->second.means_all ? nullptr : &found->second.positions;
-}
-
-// What a page request asks for once the values that mean all are out of it.
-struct CONDITION_T {
-    INT32_T kind = NO_FILTER;
-    INT32_T area = NO_FILTER;
-    INT32_T year = NO_FILTER;
-    INT32_T dimension = NO_FILTER;
-    const POSITIONS_T *smallest = nullptr; // of the lists that the filters select
-
-    void add(const VALUES_T &values, INT32_T id, INT32_T *condition) {
-        const POSITIONS_T *selected = selected_by(values, id);
-        if (selected == nullptr)
-            return;
-        *condition = id;
-        if (smallest == nullptr || selected->size() < smallest->size())
-            smallest = selected;
+// The lists that each movie stands in: found once, filled in each order.
+class RANK_LISTS_T {
+public:
+    void add(SORTED_T *list) {
+        if (list->movies == 1) { // the first one
+            list->number = static_cast<uint32_t>(lists_.size());
+            lists_.push_back(list);
+        }
+        of_movies_.push_back(list->number);
     }
-    bool is_kind_at_most() const { return area == NO_FILTER && year == NO_FILTER && dimension == NO_FILTER; }
-    bool holds_for(DBDATA_MOVIE_INFORMATION_T *movie) const {
-        return (kind == NO_FILTER || has_kind(*movie, kind)) &&
-               filter_movie_by_condition(movie, area, year, dimension) == 0;
+    void end_movie() { ends_.push_back(of_movies_.size()); }
+
+    void fill(const std::array<POSITIONS_T, ORDERS> &sorted) {
+        for (size_t order = 0; order < ORDERS; order++) {
+            for (SORTED_T *list : lists_)
+                list->ranks[order].reserve(list->movies);
+            for (RANK_T rank = 0; rank < sorted[order].size(); rank++) {
+                const POSITION_T position = sorted[order][rank];
+                for (size_t i = position == 0 ? 0 : ends_[position - 1]; i < ends_[position]; i++)
+                    lists_[of_movies_[i]]->ranks[order].push_back(rank);
+            }
+        }
     }
+
+private:
+    std::vector<SORTED_T *> lists_;
+    std::vector<uint32_t> of_movies_; // numbers of lists, movie by movie
+    std::vector<size_t> ends_;        // of a movie's numbers, by position
 };
+
+// A year has no name of its own.
+void add_value(VALUES_T *values, INT32_T id, const INT8_T *name, INT32_T year, RANK_LISTS_T *lists) {
+    const auto [found, fresh] = values->try_emplace(id);
+    VALUE_T &value = found->second;
+    if (fresh) {
+        value.means_all = name == nullptr ? year == 0 : means_all(name);
+        value.name = value.means_all ? TAVISYS_NAME_OF_ALL : name == nullptr ? std::to_string(year) : name;
+        value.year = year;
+    }
+    value.sorted.movies++;
+    if (!value.means_all)
+        lists->add(&value.sorted);
+}
+
+// Files a movie under its category and under the values that pages filter by.
+void file_movie(CATEGORY_T *category, const DBDATA_MOVIE_INFORMATION_T &movie, RANK_LISTS_T *lists) {
+    category->sorted.movies++;
+    const auto add = [&](TP_FILTER_TYPE_E type, INT32_T id, const INT8_T *name) {
+        add_value(&category->values[type], id, name, 0, lists);
+    };
+    for_each(movie.kind_list, [&](const auto &info) { add(TP_FILTER_TYPE_KIND, info.id, info.name); });
+    for_each(movie.area_list, [&](const auto &info) { add(TP_FILTER_TYPE_AREA, info.id, info.name); });
+    for_each(movie.dimension_list,
+             [&](const auto &info) { add(TP_FILTER_TYPE_DIMENSION, info.id, info.dimension); });
+    for_each(movie.year_list, [&](const auto &info) {
+        add_value(&category->values[TP_FILTER_TYPE_YEAR], info.id, nullptr, info.year, lists);
+    });
+}
+
+// The value that means all first; then years from the latest on, everything else by the number of its
+// movies.
+bool shown_before(const VALUES_T::value_type *left, const VALUES_T::value_type *right) {
+    const auto key = [](const auto &entry) {
+        const VALUE_T &value = entry.second;
+        return std::tuple(!value.means_all, -int64_t{value.year}, -int64_t{value.sorted.movies}, entry.first);
+    };
+    return key(*left) < key(*right);
+}
+
+MENU_T menu_of(const VALUES_T &values) {
+    MENU_T menu;
+    menu.reserve(values.size());
+    for (const auto &entry : values)
+        menu.push_back(&entry);
+    std::sort(menu.begin(), menu.end(), shown_before);
+    return menu;
+}
 
 // The page's share of a whole result.
 struct SLICE_T {
     size_t begin;
     size_t end;
 };
-SLICE_T slice_of(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request, size_t total) {
+SLICE_T slice_of(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request) {
     const auto size = static_cast<size_t>(request.pagesize);
-    const size_t begin = std::min(total, (static_cast<size_t>(request.pagenum) - 1) * size);
-    return {begin, std::min(total, begin + size)};
+    const size_t begin = (static_cast<size_t>(request.pagenum) - 1) * size;
+    return {begin, begin + size};
 }
 
-POSITIONS_T cut(const POSITIONS_T &positions, SLICE_T slice) {
-    return {positions.begin() + static_cast<ptrdiff_t>(slice.begin),
-            positions.begin() + static_cast<ptrdiff_t>(slice.end)};
+template <class PLACES>
+std::span<const uint32_t> cut(const PLACES &places, SLICE_T slice) {
+    const size_t begin = std::min(places.size(), slice.begin);
+    return std::span(places).subspan(begin, std::min(places.size(), slice.end) - begin);
 }
+
+// Ranks from some place of a list on, ascending.
+class CURSOR_T {
+public:
+    explicit CURSOR_T(const RANKS_T &ranks) : at_(ranks.data()), end_(at_ + ranks.size()) {}
+    bool at_end() const { return at_ == end_; }
+    RANK_T rank() const { return *at_; }
+    void step() { at_++; }
+    // Moves to the first rank that is not below the given one: the nearer it is, the sooner.
+    void seek(RANK_T rank) {
+        size_t step = 1;
+        while (step < static_cast<size_t>(end_ - at_) && at_[step] < rank) {
+            at_ += step;
+            step *= 2;
+        }
+        at_ = std::lower_bound(at_, at_ + std::min(step + 1, static_cast<size_t>(end_ - at_)), rank);
+    }
+
+private:
+    const RANK_T *at_;
+    const RANK_T *end_;
+};
+
+// The lists that a page's filters select, in the page's order.
+class SELECTION_T {
+public:
+    explicit SELECTION_T(size_t order) : order_(order) {}
+
+    // An id that the category doesn't know selects no movie.
+    void add(const VALUES_T &values, INT32_T id) {
+        static const RANKS_T NOTHING;
+        if (id == NO_FILTER)
+            return;
+        const auto found = values.find(id);
+        if (found == values.end())
+            select(NOTHING);
+        else if (!found->second.means_all)
+            select(found->second.sorted.ranks[order_]);
+    }
+    size_t count() const { return count_; }
+    const RANKS_T &only() const { return *lists_[0]; }
+
+    // Calls visit(rank) for what stands in all lists. It takes a step for each rank of the shortest at most.
+    template <class VISIT>
+    void for_each_common(VISIT visit) {
+        CURSOR_T shortest(*lists_[0]);
+        std::vector<CURSOR_T> others;
+        for (size_t i = 1; i < count_; i++)
+            others.emplace_back(*lists_[i]);
+        while (!shortest.at_end()) {
+            const RANK_T rank = shortest.rank();
+            RANK_T next = rank;
+            for (CURSOR_T &other : others) {
+                other.seek(rank);
+                if (other.at_end())
+                    return;
+                next = other.rank();
+                if (next != rank)
+                    break;
+            }
+            if (next == rank) {
+                visit(rank);
+                shortest.step();
+            } else {
+                shortest.seek(next);
+            }
+        }
+    }
+
+private:
+    void select(const RANKS_T &list) {
+        size_t at = count_++;
+        for (; at > 0 && lists_[at - 1]->size() > list.size(); at--)
+            lists_[at] = lists_[at - 1];
+        lists_[at] = &list;
+    }
+    const size_t order_;
+    size_t count_ = 0;
+    std::array<const RANKS_T *, VALUE_TYPES> lists_{}; // the shortest first
+};
 
 const INT8_T *text_or_empty(const INT8_T *text) {
     return text == nullptr ? "" : text;
@@ -190,40 +271,54 @@ UINT32_T score_of(const DBDATA_MOVIE_INFORMATION_T &movie) {
 
 CATALOGUE_T::CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks)
     : movies_(std::move(movies)), storage_(disks, movies_) {
-    by_id_.reserve(movies_.size());
-    for (POSITION_T position = 0; position < movies_.size(); position++) {
-        by_id_.emplace(record(position).id, position);
-        if (*text_or_empty(record(position).posters->big) != '\0')
-            with_poster_.push_back(position);
-    }
     place_movies();
     sort_movies();
     file_movies();
 }
 
+// The position of a movie is its place in the order in which most pages are asked for: such a page, however
+// deep, reads memory from front to end.
 void CATALOGUE_T::place_movies() {
-    disk_of_.reserve(movies_.size());
+    std::vector<const INT8_T *> serials; // as the movies come, by disk
     const auto *disk = storage_.disks();
     for (; disk != nullptr; disk = static_cast<const DBDATA_HARDDISK_INFORMATION_LIST_T *>(disk->next))
-        disk_of_.resize(disk_of_.size() + disk->movstat.parseok_movies, disk->info);
+        serials.resize(serials.size() + disk->movstat.parseok_movies, disk->info->serialno);
+    by_code_ = positions_by_code();
+    const POSITIONS_T order =
+        sorted_by(by_code_, [&](POSITION_T position) { return -int64_t{record(position).put_time}; });
+
+    POSITIONS_T position_of(order.size());
+    std::vector<MOVIE_PTR> movies(order.size());
+    page_parts_.reserve(order.size());
+    by_id_.reserve(order.size());
+    for (POSITION_T position = 0; position < order.size(); position++) {
+        const POSITION_T before = order[position];
+        position_of[before] = position;
+        movies[position] = std::move(movies_[before]);
+        const DBDATA_MOVIE_INFORMATION_T &movie = *movies[position]->record;
+        by_id_.emplace_back(movie.id, position);
+        if (*text_or_empty(movie.posters->big) != '\0')
+            with_poster_.push_back(position);
+        const std::string part = page_part_of(movie, movies[position]->folder, serials[before]);
+        auto *kept = static_cast<char *>(page_memory_.allocate(part.size(), 1));
+        page_parts_.push_back({kept, static_cast<INT32_T>(part.copy(kept, part.size()))});
+    }
+    movies_ = std::move(movies);
+    std::sort(by_id_.begin(), by_id_.end());
+    for (POSITION_T &position : by_code_)
+        position = position_of[position];
 }
 
 // Each order sorts by a key of its own and, among equals, by movie code.
 void CATALOGUE_T::sort_movies() {
-    by_code_ = positions_by_code();
     const auto by = [&](auto key_of) {
         return sorted_by(by_code_, [&](POSITION_T position) { return key_of(record(position)); });
     };
-    sorted_[TP_ORDER_BY_PUT_TIME] = by([](const auto &movie) { return -int64_t{movie.put_time}; });
+    sorted_[TP_ORDER_BY_PUT_TIME].resize(movies_.size());
+    std::iota(sorted_[TP_ORDER_BY_PUT_TIME].begin(), sorted_[TP_ORDER_BY_PUT_TIME].end(), POSITION_T{0});
     sorted_[TP_ORDER_BY_PUBLISH_TIME] = by([](const auto &movie) { return -int64_t{movie.publish_time}; });
     sorted_[TP_ORDER_BY_SCORE] = by([](const auto &movie) { return -int64_t{score_of(movie)}; });
     sorted_[TP_ORDER_BY_NAME] = by([](const auto &movie) { return TEXT_KEY_T(movie.info->movie_name_ch); });
-
-    for (size_t order = 0; order < ORDERS; order++) {
-        ranks_[order].resize(movies_.size());
-        for (uint32_t rank = 0; rank < movies_.size(); rank++)
-            ranks_[order][sorted_[order][rank]] = rank;
-    }
 }
 
 POSITIONS_T CATALOGUE_T::positions_by_code() const {
@@ -241,26 +336,19 @@ POSITIONS_T CATALOGUE_T::positions_by_code() const {
 
 void CATALOGUE_T::file_movies() {
     CATEGORY_T &all = categories_[ALL_CATEGORIES]; // there also when nothing is loaded
-    // The lists that each movie stands in, looked up once for all orders; a map's nodes don't move.
-    std::vector<SORTED_T *> lists;
-    std::vector<size_t> end_of_lists(movies_.size());
+    RANK_LISTS_T lists;
     for (POSITION_T position = 0; position < movies_.size(); position++) {
         const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
         CATEGORY_T &own = categories_[category_id_of(movie)];
         own.name = movie.category_list->info->name;
-        add_lists(&own, movie, &lists);
-        add_lists(&all, movie, &lists);
-        end_of_lists[position] = lists.size();
+        file_movie(&own, movie, &lists);
+        lists.add(&own.sorted);
+        file_movie(&all, movie, &lists);
+        lists.end_movie();
     }
-    for (size_t order = 0; order < ORDERS; order++)
-        for (const POSITION_T position : sorted_[order])
-            for (size_t i = position == 0 ? 0 : end_of_lists[position - 1]; i < end_of_lists[position]; i++)
-                (*lists[i])[order].push_back(position);
-    for (const POSITION_T position : sorted_[TP_ORDER_BY_PUT_TIME]) {
-        const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
-        file_values(&categories_[category_id_of(movie)], movie, position);
-        file_values(&all, movie, position);
-    }
+    lists.fill(sorted_);
+    for (auto &[id, category] : categories_)
+        std::transform(category.values.begin(), category.values.end(), category.menus.begin(), menu_of);
 }
 
 const CATEGORY_T *CATALOGUE_T::category(INT32_T cid) const {
@@ -269,8 +357,8 @@ const CATEGORY_T *CATALOGUE_T::category(INT32_T cid) const {
 }
 
 const MOVIE_T *CATALOGUE_T::movie(INT32_T mid) const {
-    const auto found = by_id_.find(mid);
-    return found == by_id_.end() ? nullptr : movies_[found->second].get();
+    const auto found = std::lower_bound(by_id_.begin(), by_id_.end(), std::pair(mid, POSITION_T{0}));
+    return found == by_id_.end() || found->first != mid ? nullptr : movies_[found->second].get();
 }
 
 std::span<const POSITION_T> CATALOGUE_T::movies_of(const INT8_T *code) const {
@@ -287,37 +375,36 @@ PAGE_T CATALOGUE_T::page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_
     const CATEGORY_T *category = this->category(request.cid);
     if (category == nullptr)
         return {};
-    CONDITION_T condition;
-    condition.add(category->values[TP_FILTER_TYPE_KIND], request.tid, &condition.kind);
-    condition.add(category->values[TP_FILTER_TYPE_AREA], request.aid, &condition.area);
-    condition.add(category->values[TP_FILTER_TYPE_YEAR], request.yid, &condition.year);
-    condition.add(category->values[TP_FILTER_TYPE_DIMENSION], request.did, &condition.dimension);
-
     const auto order = static_cast<size_t>(request.orderby);
-    if (condition.smallest != nullptr && condition.smallest->empty())
-        return {};
-    if (condition.is_kind_at_most()) { // there is a sorted list of just these
-        const SORTED_T &sorted =
-            condition.kind == NO_FILTER ? category->movies : category->movies_of_kind.at(condition.kind);
-        const POSITIONS_T &all = sorted[order];
-        return {static_cast<INT32_T>(all.size()), cut(all, slice_of(request, all.size()))};
-    }
+    const POSITIONS_T &at_rank = sorted_[order];
+    const SLICE_T slice = slice_of(request);
+    SELECTION_T selection(order);
+    selection.add(category->values[TP_FILTER_TYPE_KIND], request.tid);
+    selection.add(category->values[TP_FILTER_TYPE_AREA], request.aid);
+    selection.add(category->values[TP_FILTER_TYPE_YEAR], request.yid);
+    selection.add(category->values[TP_FILTER_TYPE_DIMENSION], request.did);
 
-    POSITIONS_T matches;
-    for (const POSITION_T position : *condition.smallest)
-        if (condition.holds_for(movies_[position]->record))
-            matches.push_back(position);
-    const SLICE_T slice = slice_of(request, matches.size());
-    const auto by_rank = [&](POSITION_T left, POSITION_T right) {
-        return ranks_[order][left] < ranks_[order][right];
-    };
-    // Only the page's share needs to be in order, and what goes before it to go before it.
-    const auto begin = matches.begin() + static_cast<ptrdiff_t>(slice.begin);
-    const auto end = matches.begin() + static_cast<ptrdiff_t>(slice.end);
-    if (begin != matches.end())
-        std::nth_element(matches.begin(), begin, matches.end(), by_rank);
-    std::partial_sort(begin, end, matches.end(), by_rank);
-    return {static_cast<INT32_T>(matches.size()), cut(matches, slice)};
+    PAGE_T page;
+    if (selection.count() > 1) {
+        size_t total = 0;
+        selection.for_each_common([&](RANK_T rank) {
+            if (slice.begin <= total && total < slice.end)
+                page.positions.push_back(at_rank[rank]);
+            total++;
+        });
+        page.total = static_cast<INT32_T>(total);
+    } else if (selection.count() == 0 && category->name == nullptr) {
+        const auto share = cut(at_rank, slice);
+        page = {static_cast<INT32_T>(at_rank.size()), {share.begin(), share.end()}};
+    } else { // there is a list of just these
+        const RANKS_T &ranks = selection.count() == 0 ? category->sorted.ranks[order] : selection.only();
+        const auto share = cut(ranks, slice);
+        page.total = static_cast<INT32_T>(ranks.size());
+        page.positions.resize(share.size());
+        std::transform(share.begin(), share.end(), page.positions.begin(),
+                       [&](RANK_T rank) { return at_rank[rank]; });
+    }
+    return page;
 }
 
 } // namespace server

@@ -7,11 +7,13 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <memory_resource>
 #include <span>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
+#include "codec_basic_movinfo.h"
 #include "movie.h"
 #include "storage.h"
 #include "tavisystype.h"
@@ -24,23 +26,34 @@ constexpr size_t ORDERS = TP_ORDER_BY_NAME + 1;
 
 using POSITION_T = uint32_t; // of a movie in a snapshot
 using POSITIONS_T = std::vector<POSITION_T>;
-using SORTED_T = std::array<POSITIONS_T, ORDERS>; // the same movies in each order
+// The place of a movie among all movies of a snapshot, in one of the orders. Lists hold ranks, ascending: so
+// they are in order, and what two of them have in common is found without looking at a movie.
+using RANK_T = uint32_t;
+using RANKS_T = std::vector<RANK_T>;
+
+// The movies of a category, or with a value, in each order.
+struct SORTED_T {
+    std::array<RANKS_T, ORDERS> ranks;
+    uint32_t number = 0; // of the lists, while they are made
+    uint32_t movies = 0;
+};
 
 // One value of an attribute and the movies that carry it.
 struct VALUE_T {
-    const INT8_T *name = nullptr; // belongs to a movie of the snapshot; NULL for a year
-    INT32_T year = 0;             // for a year
-    bool means_all = false;       // the value that every movie carries: "全部", the year 0
-    INT32_T movies = 0;
-    POSITIONS_T positions; // by TP_ORDER_BY_PUT_TIME; empty for a value that means all
+    std::string name;       // "全部" for the value that means all, "1993" for a year
+    INT32_T year = 0;       // for a year
+    bool means_all = false; // every movie carries it: "全部", the year 0
+    SORTED_T sorted;        // without ranks for a value that means all
 };
-using VALUES_T = std::map<INT32_T, VALUE_T>; // by id
+using VALUES_T = std::map<INT32_T, VALUE_T>;              // by id
+using MENU_T = std::vector<const VALUES_T::value_type *>; // as a menu shows them
+constexpr size_t VALUE_TYPES = TP_FILTER_TYPE_DIMENSION + 1;
 
 struct CATEGORY_T {
-    const INT8_T *name = nullptr; // NULL for all categories together
-    SORTED_T movies;
-    std::map<INT32_T, SORTED_T> movies_of_kind;                // but for the kind that means all
-    std::array<VALUES_T, TP_FILTER_TYPE_DIMENSION + 1> values; // by TP_FILTER_TYPE_E
+    const INT8_T *name = nullptr;             // NULL for all categories together
+    SORTED_T sorted;                          // without ranks for all categories together
+    std::array<VALUES_T, VALUE_TYPES> values; // by TP_FILTER_TYPE_E
+    std::array<MENU_T, VALUE_TYPES> menus;
 };
 
 struct PAGE_T {
@@ -54,7 +67,7 @@ public:
     CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks);
 
     const STORAGE_T &storage() const { return storage_; }
-    const std::vector<MOVIE_PTR> &movies() const { return movies_; }
+    const std::vector<MOVIE_PTR> &movies() const { return movies_; } // by position
     // Categories that hold movies, by id, ALL_CATEGORIES among them.
     const std::map<INT32_T, CATEGORY_T> &categories() const { return categories_; }
     const CATEGORY_T *category(INT32_T cid) const;
@@ -62,8 +75,10 @@ public:
     const MOVIE_T *movie(INT32_T mid) const;
     // The movies of that code: at most one on each partition.
     std::span<const POSITION_T> movies_of(const INT8_T *code) const;
-    // The disk that holds the movie.
-    const DBDATA_HARDDISK_INFORMATION_T &disk_of(POSITION_T position) const { return *disk_of_[position]; }
+    // The movie's part of a page's body, see page_body.h: at hand without a look at the movie.
+    const TP_TAVISYS_BASIC_MOVIE_PART_T &page_part(POSITION_T position) const {
+        return page_parts_[position];
+    }
     // Movies that have a large poster.
     const POSITIONS_T &with_poster() const { return with_poster_; }
     // The request's numbers have been checked.
@@ -76,14 +91,14 @@ private:
     void file_movies();
     const DBDATA_MOVIE_INFORMATION_T &record(POSITION_T position) const { return *movies_[position]->record; }
 
-    std::vector<MOVIE_PTR> movies_;
+    std::vector<MOVIE_PTR> movies_; // given up after the storage, whose nodes refer to their records
     STORAGE_T storage_;
-    std::vector<const DBDATA_HARDDISK_INFORMATION_T *> disk_of_; // by position
+    std::pmr::monotonic_buffer_resource page_memory_;
+    std::vector<TP_TAVISYS_BASIC_MOVIE_PART_T> page_parts_; // by position
     POSITIONS_T with_poster_;
     POSITIONS_T by_code_;
-    SORTED_T sorted_;                                 // every movie, in each order
-    std::array<std::vector<uint32_t>, ORDERS> ranks_; // of a position, in each order
-    std::unordered_map<INT32_T, POSITION_T> by_id_;
+    std::array<POSITIONS_T, ORDERS> sorted_;            // every movie, by rank in each order
+    std::vector<std::pair<INT32_T, POSITION_T>> by_id_; // ascending
     std::map<INT32_T, CATEGORY_T> categories_;
 };
 

@@ -4,11 +4,13 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <iterator>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 #include <thread>
@@ -48,10 +50,39 @@ struct CONTENT_T {
     bool has_document = false;        // whatever it is: the reader says what is wrong with it
 };
 
+constexpr int64_t SECOND = 1000000000; // ns
+
+int64_t nanoseconds(const timespec &time) {
+    return time.tv_sec * SECOND + time.tv_nsec;
+}
+
+FOLDER_SIGNATURE_T signature_of_folder(const struct stat &status) {
+    return {status.st_dev, status.st_ino, nanoseconds(status.st_mtim)};
+}
+
+// The coarsest clock of a file system steps by two seconds: a folder that has changed since may show it by no
+// later time.
+bool has_settled(const FOLDER_SIGNATURE_T &folder) {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const int64_t age = nanoseconds(now) - folder.modified_ns;
+    return age > 2 * SECOND;
+}
+
+// The order of a walk: a folder before what is in it, folders of one folder by name.
+bool is_walked_before(std::string_view left, std::string_view right) {
+    const auto [l, r] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    if (l == left.end() || r == right.end())
+        return r != right.end();
+    const auto rank = [](char c) { return c == '/' ? 0 : 1 + static_cast<unsigned char>(c); };
+    return rank(*l) < rank(*r);
+}
+
 // Walks one partition at a time.
 class WALK_T {
 public:
-    WALK_T(const FOLDER_T &root, const std::atomic<bool> &stop) : root_(root), stop_(stop) {}
+    WALK_T(const FOLDER_T &root, const std::atomic<bool> &stop, std::span<const DOCUMENT_T> before)
+        : root_(root), stop_(stop), before_(before) {}
 
     // The names of the folders in a folder, which is named below the library folder.
     std::vector<std::string> folders_in(const char *path) {
@@ -65,6 +96,11 @@ public:
         disk_length_ = partition.find('/');
         partition_length_ = partition.size() - disk_length_ - 1;
         path_ = partition;
+        const auto is_earlier = [](const DOCUMENT_T &document, const std::string &path) {
+            return is_walked_before(document.folder, path);
+        };
+        next_ = static_cast<size_t>(std::lower_bound(before_.begin(), before_.end(), path_, is_earlier) -
+                                    before_.begin());
         look_into(FOLDER_T(root_.file(), path_.c_str()), 1);
         return std::move(documents_);
     }
@@ -73,11 +109,16 @@ public:
 
 private:
     void look_into(const FOLDER_T &folder, size_t level) {
+        struct stat status {};
+        const bool is_there = fstat(folder.file(), &status) == 0; // before it is read
         CONTENT_T content;
         if (!read(folder, path_.c_str(), &content))
             return;
-        if (content.has_document)
-            documents_.push_back({path_, disk_length_, partition_length_});
+        if (content.has_document) {
+            const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
+            const bool may_be_relied_on = is_there && content.folders.empty() && has_settled(signature);
+            add(may_be_relied_on ? signature : FOLDER_SIGNATURE_T{}, place_before());
+        }
         if (level == DEEPEST && !content.folders.empty()) {
             passed_over_.push_back({path_, "目录层次过深, 其下的目录不再查找"});
             return;
@@ -87,9 +128,34 @@ private:
             if (stop_)
                 return;
             path_.append("/").append(name);
-            look_into(FOLDER_T(folder.file(), name.c_str()), level + 1);
+            if (!add_unchanged(folder, name))
+                look_into(FOLDER_T(folder.file(), name.c_str()), level + 1);
             path_.resize(length);
         }
+    }
+
+    void add(const FOLDER_SIGNATURE_T &leaf, size_t before) {
+        documents_.push_back({path_, disk_length_, partition_length_, leaf, before});
+    }
+
+    // Whether it is a folder of the last walk that has nothing but its document still.
+    bool add_unchanged(const FOLDER_T &parent, const std::string &name) {
+        const size_t place = place_before();
+        if (place == UNKNOWN || before_[place].leaf == FOLDER_SIGNATURE_T{})
+            return false;
+        struct stat status {};
+        if (fstatat(parent.file(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0 ||
+            signature_of_folder(status) != before_[place].leaf)
+            return false;
+        add(before_[place].leaf, place);
+        return true;
+    }
+
+    // Both walks go the same way.
+    size_t place_before() {
+        while (next_ < before_.size() && is_walked_before(before_[next_].folder, path_))
+            next_++;
+        return next_ < before_.size() && before_[next_].folder == path_ ? next_ : UNKNOWN;
     }
 
     bool read(const FOLDER_T &folder, const char *path, CONTENT_T *content) {
@@ -126,6 +192,8 @@ private:
 
     const FOLDER_T &root_;
     const std::atomic<bool> &stop_;
+    const std::span<const DOCUMENT_T> before_;
+    size_t next_ = 0; // in it
     std::vector<DOCUMENT_T> documents_;
     std::vector<PASSED_OVER_T> passed_over_;
     std::string path_;
@@ -133,6 +201,10 @@ private:
     size_t partition_length_ = 0;
     alignas(dirent64) std::array<char, size_t{64} * 1024> buffer_{};
 };
+
+SIGNATURE_T signature_of(const struct stat &status) {
+    return {status.st_ino, status.st_size, nanoseconds(status.st_mtim)};
+}
 
 // Calls work() in so many threads, this one among them, and waits until all have returned.
 template <class WORK>
@@ -148,11 +220,12 @@ void share(size_t threads, WORK work) {
 
 } // namespace
 
-LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop) {
+LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop,
+                         std::span<const DOCUMENT_T> before) {
     const FOLDER_T root(AT_FDCWD, path.c_str());
     LIBRARY_T library;
     std::vector<std::string> partitions;
-    const auto top = std::make_unique<WALK_T>(root, stop); // its buffer is large for a stack
+    const auto top = std::make_unique<WALK_T>(root, stop, before); // its buffer is large for a stack
     for (const std::string &name : top->folders_in(".")) {
         DISK_T &disk = library.disks.emplace_back();
         disk.name = name;
@@ -169,7 +242,7 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
     std::atomic<bool> short_of_memory = false; // no exception may leave a thread
     share(std::min(threads, partitions.size()), [&] {
         try {
-            const auto walk = std::make_unique<WALK_T>(root, stop);
+            const auto walk = std::make_unique<WALK_T>(root, stop, before);
             for (size_t i = next++; i < partitions.size(); i = next++) {
                 found[i] = walk->documents_in(partitions[i]);
                 passed_over[i] = walk->passed_over();
@@ -192,29 +265,52 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
     return library;
 }
 
-const char *DOCUMENT_READER_T::system_reason() {
-    const int error = errno;
-    snprintf(reason_, sizeof reason_, "%s", system_error_text(error, WANTED_T::READ_FILE));
-    return reason_;
+DOCUMENT_READER_T::~DOCUMENT_READER_T() {
+    close();
+    if (folder_ >= 0)
+        ::close(folder_);
+}
+
+// The partition's folder stays open from one document to the next: the way to it is longer than the rest.
+bool DOCUMENT_READER_T::enter(const DOCUMENT_T &document) {
+    const size_t length = document.disk_length + 1 + document.partition_length;
+    if (folder_ < 0 || document.folder.compare(0, length, partition_) != 0) {
+        if (folder_ >= 0)
+            ::close(folder_);
+        partition_.assign(document.folder, 0, length);
+        path_.assign(root_).append("/").append(partition_);
+        folder_ = ::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    }
+    path_ = document.folder.size() > length ? document.folder.substr(length + 1) + "/" : "";
+    path_.append(DOCUMENT_NAME);
+    return folder_ >= 0;
+}
+
+bool DOCUMENT_READER_T::look(const DOCUMENT_T &document, SIGNATURE_T *signature) {
+    struct stat status {};
+    if (!enter(document) || fstatat(folder_, path_.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0 ||
+        !S_ISREG(status.st_mode))
+        return false;
+    *signature = signature_of(status);
+    return true;
 }
 
 const char *DOCUMENT_READER_T::open(const DOCUMENT_T &document, SIGNATURE_T *signature) {
     close();
-    path_.assign(root_).append("/").append(document.folder).append("/").append(DOCUMENT_NAME);
+    if (!enter(document))
+        return system_error_text(errno, WANTED_T::READ_FILE);
     // Neither a link nor a pipe that nobody writes to may lead or hold the scan.
-    file_ = ::open(path_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    file_ = openat(folder_, path_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (file_ < 0)
-        return errno == ELOOP ? "是符号链接" : system_reason();
+        return errno == ELOOP ? "是符号链接" : system_error_text(errno, WANTED_T::READ_FILE);
     struct stat status {};
     if (fstat(file_, &status) < 0)
-        return system_reason();
+        return system_error_text(errno, WANTED_T::READ_FILE);
     if (!S_ISREG(status.st_mode))
         return "不是普通文件";
     if (status.st_size > LARGEST_DOCUMENT)
         return "超过4 MiB";
-    *signature = {status.st_ino, status.st_size,
-                  status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec,
-                  status.st_ctim.tv_sec * 1000000000LL + status.st_ctim.tv_nsec};
+    *signature = signature_of(status);
     buffer_.resize(std::max(buffer_.size(), static_cast<size_t>(status.st_size)));
     length_ = static_cast<size_t>(status.st_size);
     return nullptr;
@@ -227,7 +323,7 @@ const char *DOCUMENT_READER_T::read() {
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return system_reason();
+            return system_error_text(errno, WANTED_T::READ_FILE);
         if (count == 0)
             break; // it has become shorter: what is there decides
         have += static_cast<size_t>(count);

@@ -3,6 +3,9 @@
 #define TAVISYS_SERVER_DOCUMENTS_H
 
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,11 +14,24 @@
 
 namespace server {
 
+// What tells whether a folder still has the entries that it had.
+struct FOLDER_SIGNATURE_T {
+    uint64_t device = 0;
+    uint64_t inode = 0;
+    int64_t modified_ns = 0;
+    bool operator==(const FOLDER_SIGNATURE_T &) const = default;
+};
+
+constexpr size_t UNKNOWN = SIZE_MAX;
+
 // A document of the library: DIR/<disk>/<partition>/<folder...>/metadata.xml.
 struct DOCUMENT_T {
     std::string folder;      // below the library folder: "sda/sda1/TV1993-0001"
     size_t disk_length;      // of "sda" in it
     size_t partition_length; // of "sda1" behind the first slash
+    // Of a folder without folders that had last changed well before it was read. Else of no folder.
+    FOLDER_SIGNATURE_T leaf;
+    size_t before = UNKNOWN; // its place among the documents of the last walk
 
     std::string disk() const { return folder.substr(0, disk_length); }
     std::string partition() const { return folder.substr(disk_length + 1, partition_length); }
@@ -35,33 +51,38 @@ struct LIBRARY_T {
 
 // Walks the library's partitions with so many threads; the documents come in the order of their paths
 // all the same. Symbolic links are not followed. What can't be read is passed over. Ends early, with what it
-// has, when `stop` is set.
-LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop);
+// has, when `stop` is set. `before`: the documents of the last walk; those of their folders that have no others
+// in them are read again only when they have changed.
+LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop,
+                         std::span<const DOCUMENT_T> before = {});
 
 // Reads whole documents into a buffer that is used again.
 class DOCUMENT_READER_T {
 public:
     explicit DOCUMENT_READER_T(const std::string &root) : root_(root) {}
 
-    // Opens the document and tells its signature. Returns NULL, or why it can't be loaded.
+    // Tells the signature of a document without opening it. False when it can't be told: open() says why.
+    bool look(const DOCUMENT_T &document, SIGNATURE_T *signature);
+    // Opens the document and tells its signature. Returns NULL, or a static text: why it can't be loaded.
     const char *open(const DOCUMENT_T &document, SIGNATURE_T *signature);
-    // Reads the open document. Returns NULL, or why it can't be loaded.
+    // Reads the open document. Returns as open() does.
     const char *read();
     const char *data() const { return buffer_.data(); }
     INT32_T length() const { return static_cast<INT32_T>(length_); }
     void close();
-    ~DOCUMENT_READER_T() { close(); }
+    ~DOCUMENT_READER_T();
     DOCUMENT_READER_T(const DOCUMENT_READER_T &) = delete;
     DOCUMENT_READER_T &operator=(const DOCUMENT_READER_T &) = delete;
 
 private:
-    const char *system_reason();
+    bool enter(const DOCUMENT_T &document);
 
     const std::string &root_;
-    std::string path_;
+    std::string partition_; // whose folder is open
+    int folder_ = -1;
+    std::string path_; // of the document, from there
     std::vector<char> buffer_;
     size_t length_ = 0;
-    char reason_[128] = "";
     int file_ = -1;
 };
 

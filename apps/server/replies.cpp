@@ -13,6 +13,7 @@
 #include "codec_version_info.h"
 #include "log.h"
 #include "movie_records.h"
+#include "page_body.h"
 #include "question.h"
 #include "support_codec.h"
 
@@ -55,41 +56,15 @@ RTSTATUS reply_categories(const REQUEST_T &request, const REPLY_T &reply) {
     std::vector<TP_TAVISYS_CATEGORY_INFORMATION_T> records;
     for (const auto &[id, category] : catalogue->categories())
         if (id != ALL_CATEGORIES)
-            records.push_back({id, on_loan(category.name),
-                               static_cast<INT32_T>(category.movies[TP_ORDER_BY_PUT_TIME].size())});
+            records.push_back({id, on_loan(category.name), static_cast<INT32_T>(category.sorted.movies)});
     return reply_list<TP_TAVISYS_CATEGORY_INFORMATION_LIST_T>(
         records, encode_tavisys_category_information_list_to_message, reply);
 }
 
-using ID_AND_VALUE_T = std::pair<INT32_T, const VALUE_T *>;
-
-// As a menu shows them: the value that means all first; then years from the latest on, everything else
-// by the number of its movies.
-bool shown_before(const ID_AND_VALUE_T &left, const ID_AND_VALUE_T &right) {
-    if (left.second->means_all != right.second->means_all)
-        return left.second->means_all;
-    if (left.second->year != right.second->year)
-        return left.second->year > right.second->year;
-    if (left.second->movies != right.second->movies)
-        return left.second->movies > right.second->movies;
-    return left.first < right.first;
-}
-
-std::vector<ID_AND_VALUE_T> values_of(const CATALOGUE_T &catalogue, INT32_T cid, INT32_T type) {
-    std::vector<ID_AND_VALUE_T> values;
+const MENU_T &menu_of(const CATALOGUE_T &catalogue, INT32_T cid, INT32_T type) {
+    static const MENU_T EMPTY;
     const CATEGORY_T *category = catalogue.category(cid);
-    if (category == nullptr)
-        return values;
-    for (const auto &[id, value] : category->values[static_cast<size_t>(type)])
-        values.emplace_back(id, &value);
-    std::sort(values.begin(), values.end(), shown_before);
-    return values;
-}
-
-INT8_T *name_of(const VALUE_T &value, TEXTS_T *texts) {
-    if (value.means_all)
-        return on_loan(TAVISYS_NAME_OF_ALL);
-    return value.name != nullptr ? on_loan(value.name) : texts->keep(std::to_string(value.year));
+    return category == nullptr ? EMPTY : category->menus[static_cast<size_t>(type)];
 }
 
 RTSTATUS reply_kinds(const REQUEST_T &request, const REPLY_T &reply) {
@@ -102,8 +77,9 @@ RTSTATUS reply_kinds(const REQUEST_T &request, const REPLY_T &reply) {
     }
     const SNAPSHOT_PTR catalogue = request.store.snapshot();
     std::vector<TP_TAVISYS_KIND_INFORMATION_T> records;
-    for (const auto &[id, value] : values_of(*catalogue, cid, TP_FILTER_TYPE_KIND))
-        records.push_back({id, on_loan(value->name), value->movies});
+    for (const auto *entry : menu_of(*catalogue, cid, TP_FILTER_TYPE_KIND))
+        records.push_back({entry->first, on_loan(entry->second.name.c_str()),
+                           static_cast<INT32_T>(entry->second.sorted.movies)});
     return reply_list<TP_TAVISYS_KIND_INFORMATION_LIST_T>(
         records, encode_tavisys_kind_information_list_to_message, reply);
 }
@@ -113,24 +89,25 @@ RTSTATUS reply_filter(const REQUEST_T &request, const REPLY_T &reply) {
     if (args.type < TP_FILTER_TYPE_KIND || args.type > TP_FILTER_TYPE_DIMENSION)
         return TAVISYS_RESULT_BAD_REQUEST;
     const SNAPSHOT_PTR catalogue = request.store.snapshot();
-    TEXTS_T texts;
     std::vector<TP_TAVISYS_FILTER_INFORMATION_T> records;
-    for (const auto &[id, value] : values_of(*catalogue, args.cid, args.type)) {
-        records.push_back({id, name_of(*value, &texts)});
-    }
+    for (const auto *entry : menu_of(*catalogue, args.cid, args.type))
+        records.push_back({entry->first, on_loan(entry->second.name.c_str())});
     return reply_list<TP_TAVISYS_FILTER_INFORMATION_LIST_T>(
         records, encode_tavisys_filter_information_list_to_message, reply);
 }
 
-template <auto ENCODE>
+template <PAGE_FORM_T FORM>
 RTSTATUS reply_page(const REQUEST_T &request, const REPLY_T &reply) {
     const auto args = request.as<TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T>();
     if (args.pagenum < 1 || args.pagesize < 1 || args.pagesize > LARGEST_PAGE ||
         args.orderby < TP_ORDER_BY_PUT_TIME || args.orderby > TP_ORDER_BY_NAME)
         return TAVISYS_RESULT_BAD_REQUEST;
     const SNAPSHOT_PTR catalogue = request.store.snapshot();
-    const PAGE_RECORD_T page(*catalogue, catalogue->page(args), args);
-    return encoded(ENCODE(page.get(), reply.body, reply.length));
+    PVOID body = page_body_of(*catalogue, catalogue->page(args), args, FORM, reply.length);
+    if (body == nullptr)
+        return TAVISYS_RESULT_SERVER_ERROR;
+    *reply.body = body;
+    return 0;
 }
 
 RTSTATUS reply_detail(const REQUEST_T &request, const REPLY_T &reply) {
@@ -154,8 +131,8 @@ RTSTATUS reply_random_poster(const REQUEST_T &request, const REPLY_T &reply) {
     const POSITION_T position =
         positions[std::uniform_int_distribution<size_t>(0, positions.size() - 1)(random)];
     const MOVIE_T &movie = *catalogue->movies()[position];
-    TEXTS_T texts;
-    const INT8_T *path = texts.path(movie, movie.record->posters->big);
+    ARENA_T arena;
+    const INT8_T *path = path_on_loan(&arena, movie.folder, movie.record->posters->big);
     return reply_bytes(path, strlen(path), reply);
 }
 
@@ -178,8 +155,7 @@ constexpr QUESTION_T QUESTIONS[] = {
     {TAVISYS_MSGTYPE_REQUEST_CATEGORY_LIST, 0, true, reply_categories},
     {TAVISYS_MSGTYPE_REQUEST_KIND_LIST, FILTER_LENGTH, true, reply_kinds},
     {TAVISYS_MSGTYPE_REQUEST_FILTER_INFO_LIST, FILTER_LENGTH, false, reply_filter},
-    {TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO, PAGE_LENGTH, false,
-     reply_page<encode_tavisys_basic_movie_ext_information_to_message>},
+    {TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO, PAGE_LENGTH, false, reply_page<PAGE_FORM_T::PLAIN>},
     {TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO, DETAIL_LENGTH, false, reply_detail},
     {TAVISYS_MSGTYPE_REQUEST_RANDOM_BASIC_MOVIE_INFO, 0, true, reply_random_poster},
     {TAVISYS_MSGTYPE_REQUEST_HARDDISK_INFO, 0, true, reply_disks},
@@ -188,8 +164,7 @@ constexpr QUESTION_T QUESTIONS[] = {
     {TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIE_INFO, POSITION_LENGTH, false, reply_partition_movies},
     {TAVISYS_MSGTYPE_REQUEST_GET_UUID_INFO, 0, true, reply_uuid},
     {AVISYS_MSGTYPE_REQUEST_MOVIE_INFO_BY_MOVCODE, ANY_LENGTH, false, reply_movies_by_code},
-    {TOUCHSCREEM_MSGTYPE_REQUEST_BASIC_MOVIE_INFO, PAGE_LENGTH, false,
-     reply_page<encode_touchscreen_basic_movie_ext_information_to_message>},
+    {TOUCHSCREEM_MSGTYPE_REQUEST_BASIC_MOVIE_INFO, PAGE_LENGTH, false, reply_page<PAGE_FORM_T::TOUCH>},
     {TOUCHSCREEM_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO, DETAIL_LENGTH, false, reply_detail},
 };
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <new>
+#include <string_view>
 #include <system_error>
+#include <unordered_set>
 
 #include "devices.h"
 #include "event_list.h"
@@ -19,6 +21,7 @@ namespace {
 
 using CLOCK_T = std::chrono::steady_clock;
 
+constexpr const char *SHORT_OF_MEMORY = "内存不足";
 constexpr size_t BATCH = 64; // documents that a parser takes at once
 constexpr auto LOOK_EVERY = std::chrono::milliseconds(50);
 constexpr auto PUBLISH_EVERY = std::chrono::milliseconds(250);
@@ -33,15 +36,11 @@ bool set_position(DBDATA_MOVIE_INFORMATION_T *movie, const DOCUMENT_T &document)
     return movie->ipaddr != nullptr && movie->hddevname != nullptr && movie->ptdevname != nullptr;
 }
 
-// Owns a movie until there is a MOVIE_T to own it.
+// Owns the parser's record, of which a MOVIE_T keeps a copy.
 struct RELEASE_MOVIE_T {
     void operator()(DBDATA_MOVIE_INFORMATION_T *record) const { release_dbdata_movie_information(&record); }
 };
 using OWNED_MOVIE_T = std::unique_ptr<DBDATA_MOVIE_INFORMATION_T, RELEASE_MOVIE_T>;
-
-std::string key_of(const DBDATA_MOVIE_INFORMATION_T &movie) {
-    return std::string(movie.hddevname) + '/' + movie.ptdevname + '/' + movie.info->movie_code;
-}
 
 } // namespace
 
@@ -70,12 +69,15 @@ public:
     void publish() {
         scanner_->store_->publish(std::make_shared<const CATALOGUE_T>(movies_, library_.disks));
     }
-    std::unordered_map<std::string_view, MOVIE_PTR> by_folder() const {
-        std::unordered_map<std::string_view, MOVIE_PTR> result;
-        result.reserve(movies_.size());
-        for (const MOVIE_PTR &movie : movies_)
-            result.emplace(movie->folder, movie);
-        return result;
+    // Whether the library is what it was at the last scan.
+    bool found_nothing_new() const {
+        return known_ == loaded_ && known_ == scanner_->movies_ && library_.disks == scanner_->library_.disks;
+    }
+    // Leaves to the scanner what the next scan need not parse.
+    void hand_over() {
+        scanner_->library_ = std::move(library_);
+        scanner_->outcomes_ = std::move(outcomes_);
+        scanner_->movies_ = loaded_;
     }
 
 private:
@@ -102,11 +104,10 @@ private:
             for (size_t i = begin; i < end; i++) {
                 if (scanner_->stop_)
                     return;
-                OUTCOME_T outcome = scanner_->load(&reader, library_.documents[i]);
+                OUTCOME_T outcome = load(&reader, library_.documents[i]);
                 scanner_->store_->count(outcome.movie != nullptr);
                 const std::lock_guard lock(mutex_);
                 outcomes_[i] = std::move(outcome);
-                outcomes_[i].finished = true;
                 if (++finished_ == library_.documents.size())
                     changed_.notify_one();
             }
@@ -124,29 +125,62 @@ private:
     // catalogue whichever parser was faster.
     void collect() {
         for (; collected_ < library_.documents.size(); collected_++) {
-            OUTCOME_T outcome;
             {
                 const std::lock_guard lock(mutex_);
-                if (!outcomes_[collected_].finished)
+                if (!outcomes_[collected_].finished())
                     return;
-                outcome = std::move(outcomes_[collected_]);
             }
-            keep(std::move(outcome), library_.documents[collected_], &partition_of_[collected_]->stat);
+            keep(outcomes_[collected_], library_.documents[collected_], partition_of_[collected_]);
         }
     }
 
-    void keep(OUTCOME_T outcome, const DOCUMENT_T &document, DBDATA_MOVIE_STAT_T *stat) {
-        if (outcome.movie != nullptr && !keys_.insert(key_of(*outcome.movie->record)).second) {
+    void keep(const OUTCOME_T &outcome, const DOCUMENT_T &document, PARTITION_T *partition) {
+        if (partition != current_) // a code may come again on another partition
+            codes_.clear();
+        current_ = partition;
+        loaded_ += outcome.movie != nullptr ? 1 : 0;
+        const char *reason = outcome.reason;
+        if (outcome.movie != nullptr && !codes_.insert(outcome.movie->record->info->movie_code).second) {
             scanner_->store_->recount_as_failed();
-            outcome = {nullptr, "同一分区上已有相同影片编码的影片", true};
+            reason = "同一分区上已有相同影片编码的影片";
         }
-        if (outcome.movie != nullptr) {
-            movies_.push_back(std::move(outcome.movie));
-            stat->parseok_movies++;
+        if (reason == nullptr) {
+            movies_.push_back(outcome.movie);
+            partition->stat.parseok_movies++;
             return;
         }
-        stat->parseerr_movies++;
-        scanner_->leave_out("影片", document.folder + "/metadata.xml", outcome.reason.c_str());
+        partition->stat.parseerr_movies++;
+        scanner_->leave_out("影片", document.folder + "/metadata.xml", reason);
+    }
+
+    OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) try {
+        SIGNATURE_T signature;
+        if (document.before != UNKNOWN && reader->look(document, &signature)) {
+            const OUTCOME_T &before = scanner_->outcomes_[document.before];
+            if (before.finished() && before.is_of(signature)) {
+                known_ += before.movie != nullptr ? 1 : 0;
+                return before;
+            }
+        }
+        if (const char *reason = reader->open(document, &signature); reason != nullptr)
+            return {nullptr, reason, {}};
+        if (const char *reason = reader->read(); reason != nullptr)
+            return {nullptr, reason, {}};
+        scanner_->parsed_++;
+        DBDATA_MOVIE_INFORMATION_T *record = nullptr;
+        TAVI_METADATA_FAILURE_E failure = TAVI_METADATA_OK;
+        if (get_tavi_metadata_information_from_document(reader->data(), reader->length(), &record, &failure) <
+            0) {
+            const char *reason = get_tavi_metadata_failure_text(failure);
+            const bool final = failure != TAVI_METADATA_MEMORY && failure != TAVI_METADATA_NO_CATEGORY;
+            return {nullptr, reason, final ? signature : SIGNATURE_T{}};
+        }
+        const OWNED_MOVIE_T owned(record);
+        if (!set_position(record, document))
+            return {nullptr, SHORT_OF_MEMORY, {}};
+        return {std::make_shared<const MOVIE_T>(*record, document.folder, signature), nullptr, {}};
+    } catch (const std::bad_alloc &) {
+        return {nullptr, SHORT_OF_MEMORY, {}};
     }
 
     void publish_if_due() {
@@ -168,10 +202,13 @@ private:
     std::condition_variable changed_;
     std::vector<OUTCOME_T> outcomes_;
     size_t finished_ = 0;
+    std::atomic<size_t> known_ = 0; // movies that need not be parsed
 
     size_t collected_ = 0;
     std::vector<MOVIE_PTR> movies_;
-    std::unordered_set<std::string> keys_;
+    size_t loaded_ = 0;                          // with the repeats of codes, which are not served
+    const PARTITION_T *current_ = nullptr;       // of the last collected document
+    std::unordered_set<std::string_view> codes_; // on it
     CLOCK_T::time_point published_at_ = CLOCK_T::now();
     CLOCK_T::duration last_cost_{};
 };
@@ -249,7 +286,7 @@ void SCANNER_T::leave_out(const char *what, const std::string &path, const char 
 void SCANNER_T::scan() {
     const auto begun = CLOCK_T::now();
     store_->begin(SYSRUN_STATUS_WAITING, 0);
-    LIBRARY_T library = find_documents(root_, parsers_, stop_);
+    LIBRARY_T library = find_documents(root_, parsers_, stop_, library_.documents);
     folders_left_out_ = library.passed_over.size();
     for (const PASSED_OVER_T &folder : library.passed_over)
         leave_out("目录", folder.folder, folder.reason);
@@ -259,48 +296,20 @@ void SCANNER_T::scan() {
     store_->begin(SYSRUN_STATUS_PARSING, static_cast<INT32_T>(library.documents.size()));
 
     SCAN_T scan(this, std::move(library));
-    scan.run(loaded_.empty());
+    scan.run(movies_ == 0);
     if (stop_)
         return;
     store_->enter(SYSRUN_STATUS_READY);
-    scan.publish();
-    loaded_ = scan.by_folder();
+    if (scans_ == 0 || !scan.found_nothing_new())
+        scan.publish();
+    scan.hand_over();
     store_->enter(SYSRUN_STATUS_RUNNING);
+    scans_++;
 
     const auto status = store_->status();
     const std::chrono::duration<double> took = CLOCK_T::now() - begun;
     SERVER_NOTICE("扫描完成: 影片%d部, 成功%d部, 失败%d部, 用时%.2f秒", status.total_movies,
                   status.parseok_movies, status.parseerr_movies, took.count());
-}
-
-MOVIE_PTR SCANNER_T::known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const {
-    const auto found = loaded_.find(document.folder);
-    return found != loaded_.end() && found->second->signature == signature ? found->second : nullptr;
-}
-
-SCANNER_T::OUTCOME_T SCANNER_T::load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) const try {
-    SIGNATURE_T signature;
-    if (const char *reason = reader->open(document, &signature); reason != nullptr)
-        return {nullptr, reason};
-    if (MOVIE_PTR movie = known(document, signature); movie != nullptr)
-        return {std::move(movie), ""};
-    if (const char *reason = reader->read(); reason != nullptr)
-        return {nullptr, reason};
-
-    DBDATA_MOVIE_INFORMATION_T *record = nullptr;
-    TAVI_METADATA_FAILURE_E failure = TAVI_METADATA_OK;
-    if (get_tavi_metadata_information_from_document(reader->data(), reader->length(), &record, &failure) < 0)
-        return {nullptr, get_tavi_metadata_failure_text(failure)};
-    OWNED_MOVIE_T owned(record);
-    const auto movie = std::make_shared<MOVIE_T>(record);
-    static_cast<void>(owned.release());
-    if (!set_position(record, document))
-        return {nullptr, "内存不足"};
-    movie->folder = document.folder;
-    movie->signature = signature;
-    return {movie, ""};
-} catch (const std::bad_alloc &) {
-    return {nullptr, "内存不足"};
 }
 
 } // namespace server

@@ -8,8 +8,6 @@
 #include <mutex>
 #include <string>
 #include <thread>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "documents.h"
@@ -32,12 +30,19 @@ public:
     void rescan(); // one more scan; requests during a scan are answered by one more scan after it
     void stop();
 
+    size_t scans() const { return scans_; }   // finished
+    size_t parsed() const { return parsed_; } // documents since the start
+
 private:
     // What one document has become. Filled by one parser, read by the scan's thread.
     struct OUTCOME_T {
-        MOVIE_PTR movie;    // NULL when it failed
-        std::string reason; // why it failed
-        bool finished = false;
+        MOVIE_PTR movie;              // NULL when it failed
+        const char *reason = nullptr; // why it failed: a static text
+        SIGNATURE_T refused;          // of a document that fails as long as it is the same
+        bool finished() const { return movie != nullptr || reason != nullptr; }
+        bool is_of(const SIGNATURE_T &signature) const {
+            return signature == (movie != nullptr ? movie->signature : refused);
+        }
     };
     class SCAN_T;
 
@@ -46,8 +51,6 @@ private:
     void scan();
     void tell_progress();
     void leave_out(const char *what, const std::string &path, const char *reason);
-    MOVIE_PTR known(const DOCUMENT_T &document, const SIGNATURE_T &signature) const;
-    OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) const;
 
     const std::string root_;
     const std::string machine_;
@@ -63,9 +66,14 @@ private:
     std::thread thread_;
     size_t folders_left_out_ = 0; // by the last scan
 
-    // The movies of the last scan by folder: a document that hasn't changed is not parsed again, and its
-    // movie keeps its id. Changed between scans only, so parsers read it without a lock.
-    std::unordered_map<std::string_view, MOVIE_PTR> loaded_;
+    std::atomic<size_t> scans_ = 0;
+    std::atomic<size_t> parsed_ = 0;
+
+    // What the last scan found: a document that hasn't changed is not parsed again, and its movie keeps its
+    // id. Changed between scans only, so parsers read it without a lock.
+    LIBRARY_T library_;
+    std::vector<OUTCOME_T> outcomes_; // of its documents
+    size_t movies_ = 0;               // among them
 };
 
 } // namespace server

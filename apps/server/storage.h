@@ -5,6 +5,7 @@
 
 #include <span>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "dbdata_host.h"
@@ -18,12 +19,20 @@ struct PARTITION_T {
     std::string uuid;
     std::string mount_point;
     DBDATA_MOVIE_STAT_T stat;
+    bool operator==(const PARTITION_T &other) const {
+        const auto key = [](const PARTITION_T &of) {
+            return std::tie(of.name, of.uuid, of.mount_point, of.stat.total_movies, of.stat.parseok_movies,
+                            of.stat.parseerr_movies);
+        };
+        return key(*this) == key(other);
+    }
 };
 
 struct DISK_T {
     std::string name; // of its folder: "sda"
     std::string serial;
     std::vector<PARTITION_T> partitions;
+    bool operator==(const DISK_T &) const = default;
 };
 
 class STORAGE_T {

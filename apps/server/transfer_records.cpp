@@ -40,34 +40,6 @@ TP_TAVISYS_DBDATA_VIDEO_INFORMATION_T video_of(const DBDATA_VIDEO_INFORMATION_T 
 
 } // namespace
 
-template <class RECORD>
-RECORD *TRANSFER_RECORD_T::keep(const RECORD &record) {
-    return new (memory_.allocate(sizeof(RECORD), alignof(RECORD))) RECORD{record};
-}
-
-template <class NODE, class FROM, class CONVERT>
-NODE *TRANSFER_RECORD_T::list_of(const FROM *from, CONVERT convert) {
-    NODE *head = nullptr;
-    NODE *tail = nullptr;
-    for (const FROM *from_node = from; from_node != nullptr; from_node = next_of(from_node)) {
-        if (from_node->info == nullptr)
-            continue;
-        NODE *node = keep(NODE{nullptr, keep(convert(*from_node->info))});
-        if (head == nullptr)
-            head = node;
-        else
-            tail->next = node;
-        tail = node;
-    }
-    return head;
-}
-
-template <class NODE, class FROM, class CONVERT>
-NODE *TRANSFER_RECORD_T::list_or_empty_node(const FROM *from, CONVERT convert) {
-    NODE *list = list_of<NODE>(from, convert);
-    return list == nullptr ? keep(NODE{}) : list;
-}
-
 TRANSFER_RECORD_T::TRANSFER_RECORD_T(const DBDATA_MOVIE_INFORMATION_T &movie) {
     record_.mid = movie.id;
     record_.movcode = movie.info->movie_code;
@@ -75,25 +47,26 @@ TRANSFER_RECORD_T::TRANSFER_RECORD_T(const DBDATA_MOVIE_INFORMATION_T &movie) {
     record_.movnameen = movie.info->movie_name_en;
     record_.imdbvalue = movie.imdbvalue;
     record_.acronym = movie.acronym;
-    record_.dimension_list = list_of<VALUES_T>(movie.dimension_list, dimension_of);
-    record_.resolution_list = list_of<VALUES_T>(movie.resolution_list, resolution_of);
-    record_.category_list = list_of<VALUES_T>(movie.category_list, name_of<DBDATA_CATEGORY_INFORMATION_T>);
-    record_.kind_list = list_of<VALUES_T>(movie.kind_list, name_of<DBDATA_KIND_INFORMATION_T>);
-    record_.area_list = list_of<VALUES_T>(movie.area_list, name_of<DBDATA_AREA_INFORMATION_T>);
+    record_.dimension_list = arena_.list_of<VALUES_T>(movie.dimension_list, dimension_of);
+    record_.resolution_list = arena_.list_of<VALUES_T>(movie.resolution_list, resolution_of);
+    record_.category_list =
+        arena_.list_of<VALUES_T>(movie.category_list, name_of<DBDATA_CATEGORY_INFORMATION_T>);
+    record_.kind_list = arena_.list_of<VALUES_T>(movie.kind_list, name_of<DBDATA_KIND_INFORMATION_T>);
+    record_.area_list = arena_.list_of<VALUES_T>(movie.area_list, name_of<DBDATA_AREA_INFORMATION_T>);
     record_.director_list =
-        list_or_empty_node<PERSONS_T>(movie.director_list, person_of<DBDATA_DIRECTOR_INFORMATION_T>);
+        arena_.list_or_empty_node<PERSONS_T>(movie.director_list, person_of<DBDATA_DIRECTOR_INFORMATION_T>);
     record_.actor_list =
-        list_or_empty_node<PERSONS_T>(movie.actor_list, person_of<DBDATA_ACTOR_INFORMATION_T>);
-    record_.year_list = list_or_empty_node<YEARS_T>(movie.year_list, year_of);
+        arena_.list_or_empty_node<PERSONS_T>(movie.actor_list, person_of<DBDATA_ACTOR_INFORMATION_T>);
+    record_.year_list = arena_.list_or_empty_node<YEARS_T>(movie.year_list, year_of);
     record_.puttime = movie.put_time;
     record_.pubtime = movie.publish_time;
     record_.putintime = movie.putin_time;
     record_.duration = movie.duration;
     record_.summary = movie.summary;
     record_.episodes = movie.episodes;
-    record_.video_list = list_or_empty_node<VIDEOS_T>(movie.video_list, video_of);
+    record_.video_list = arena_.list_or_empty_node<VIDEOS_T>(movie.video_list, video_of);
     if (movie.posters != nullptr)
-        record_.posters = keep(TP_TAVISYS_DBDATA_POSTER_INFORMATION_T{
+        record_.posters = arena_.keep(TP_TAVISYS_DBDATA_POSTER_INFORMATION_T{
             movie.posters->big, movie.posters->middle, movie.posters->small});
 }
 

@@ -2,11 +2,9 @@
 #ifndef TAVISYS_SERVER_TRANSFER_RECORDS_H
 #define TAVISYS_SERVER_TRANSFER_RECORDS_H
 
-#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
-#include <memory_resource>
 
 #include "codec_dbdata_movinfo.h"
 #include "dbdata_movie.h"
@@ -18,21 +16,10 @@ namespace server {
 class TRANSFER_RECORD_T {
 public:
     explicit TRANSFER_RECORD_T(const DBDATA_MOVIE_INFORMATION_T &movie);
-    TRANSFER_RECORD_T(const TRANSFER_RECORD_T &) = delete;
-    TRANSFER_RECORD_T &operator=(const TRANSFER_RECORD_T &) = delete;
-    ~TRANSFER_RECORD_T() = default;
     const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *get() const { return &node_; }
 
 private:
-    template <class RECORD>
-    RECORD *keep(const RECORD &record);
-    template <class NODE, class FROM, class CONVERT>
-    NODE *list_of(const FROM *from, CONVERT convert);
-    template <class NODE, class FROM, class CONVERT>
-    NODE *list_or_empty_node(const FROM *from, CONVERT convert);
-
-    std::array<std::byte, size_t{8} * 1024> room_; // enough for most movies
-    std::pmr::monotonic_buffer_resource memory_{room_.data(), room_.size()};
+    ARENA_T arena_;
     TP_TAVISYS_DBDATA_MOVIE_INFORMATION_T record_{};
     TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T node_{nullptr, &record_};
 };
