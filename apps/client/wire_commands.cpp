@@ -152,8 +152,8 @@ std::string run_raw(const ARGUMENTS_T &arguments, int width) {
         check_text_head(question);
     const RAW_REPLY_T reply = exchange(question, form);
     const std::optional<DECODED_T> decoded = decode_reply(reply, form, LOOK_T{arguments.json, width});
-    const std::string answer = arguments.json ? reply_to_json(reply, decoded.has_value() ? decoded->text : "")
-                                              : show_reply(reply, decoded, width);
+    std::string answer = arguments.json ? reply_to_json(reply, decoded.has_value() ? decoded->text : "")
+                                        : show_reply(reply, decoded, width);
     // Behind a head of text a body may be whatever the two agree on.
     const bool is_free = form == HEAD_FORM_T::TEXT || find_message(reply.type) == nullptr;
     const std::string fault = fault_of(reply, question, decoded.has_value() || is_free);
