@@ -23,6 +23,12 @@ MAY_CALL = {
     "agent": {"comm", "codec", "support"},
 }
 PROGRAMS = {"server": "tavisys-server", "client": "tavisys", "common": "apps/common"}
+WALKS_ITS_LIST = re.compile(r"(?:add|insert)_\w*node_to_\w+")  # n of them cost n squared
+MAY_WALK = {  # lists of one or two nodes, or one node of a list
+    "utils/metadata_parse.cpp.o": {f"add_node_to_dbdata_{of}_information_list" for of in
+                                   ("dimension", "resolution", "year", "kind")},
+    "apps/server/storage.cpp.o": {"insert_node_to_dbdata_host_information_list"},
+}
 WALL_CLOCK = re.compile(r"^(gettimeofday|time|ftime|\w*system_clock3now\w*)$")  # it may jump while one waits
 THREAD_START = re.compile(r"^(pthread_create|thrd_create|_ZNSt6thread\w*start_thread\w*)$")
 
@@ -56,6 +62,11 @@ def complaints(objects, declared):
             if THREAD_START.match(symbol):
                 found.append(f"{name} starts a thread: {symbol}")
     return found
+
+
+def slow_builders(objects):
+    return [f"{name} builds a list with {symbol}" for name, (_, wanted) in sorted(objects.items())
+            for symbol in sorted(wanted) if WALKS_ITS_LIST.fullmatch(symbol) and symbol not in MAY_WALK.get(name, ())]
 
 
 def foreign_includes(program, text, public):
@@ -105,6 +116,8 @@ def self_test():
         bad = {**good, name: (good[name][0], good[name][1] | {symbol})}
         assert len(complaints(bad, {"encode_int"})) == 1, (name, symbol)
     assert complaints({"elsewhere/file.cpp": (set(), set())}, set()) == ["elsewhere/file.cpp: no such layer"]
+    for name, slow in [("utils/metadata_parse.cpp.o", 0), ("agent/tavisys_agent_api.cpp.o", 1)]:
+        assert len(slow_builders({name: (set(), {"add_node_to_dbdata_year_information_list", "dzlog"})})) == slow
     text = '#include <vector>\n#include "tavisys.h"\n#include "support/list.h"\n #include <codec/wire.h>\n'
     assert foreign_includes(pathlib.Path("none"), text, {"tavisys.h"}) == ["support/list.h", "codec/wire.h"]
 
@@ -122,7 +135,7 @@ def main():
     for header in source.glob("support/*.h"):
         for block in re.findall(r'extern "C" \{(.*?)\n\}', header.read_text(), re.S):
             declared |= set(re.findall(r"^\w[\w *]*?(\w+)\(", block, re.M))
-    found = complaints(objects, declared)
+    found = complaints(objects, declared) + slow_builders(all_objects)
     drawn = source / "docs/architecture.dot"
     if "--draw" in sys.argv:
         drawn.write_text(picture(all_objects))

@@ -183,10 +183,12 @@ private:
         return {nullptr, SHORT_OF_MEMORY, {}};
     }
 
+    // A snapshot stays until the next one is made. Two of nearly all movies would take the most memory that
+    // loading takes, so the second half comes with the whole.
     void publish_if_due() {
         const auto now = CLOCK_T::now();
         const auto pause = std::max<CLOCK_T::duration>(PUBLISH_EVERY, last_cost_ * PUBLISH_SHARE);
-        if (now - published_at_ < pause || collected_ == library_.documents.size())
+        if (now - published_at_ < pause || collected_ > library_.documents.size() / 2)
             return;
         publish();
         published_at_ = CLOCK_T::now();
