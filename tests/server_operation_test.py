@@ -27,13 +27,13 @@ def run(*arguments):
 
 
 def exchange(kind, body=b"", source="127.0.0.1"):
-    """All that the server sends."""
-    with socket.create_connection(("127.0.0.1", 40001), 20, (source, 0)) as peer:
-        try:
+    """All that the server sends, nothing when it refuses."""
+    try:
+        with socket.create_connection(("127.0.0.1", 40001), 20, (source, 0)) as peer:
             peer.sendall(struct.pack("<iii", kind, 0, len(body)) + body)
             return b"".join(iter(lambda: peer.recv(65536), b""))
-        except ConnectionResetError:
-            return b""
+    except (ConnectionResetError, BrokenPipeError):
+        return b""
 
 
 NAME = "[a-zA-Z_:][a-zA-Z0-9_:]*"
