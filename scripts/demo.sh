@@ -30,6 +30,7 @@ trap 'exit 130' INT TERM
     exit 1
 }
 
+export LC_ALL=C.UTF-8 # Chinese, whatever the user's language: as README.md shows it
 PATH=$PWD/build/demo/apps/server:$PWD/build/demo/apps/client:$PATH
 show() {
     printf '\n$ %s\n' "$*"
@@ -62,8 +63,8 @@ show tavisys movies --area 香港 --order publish
 first=$(tavisys movies --category 电视剧 --order score --size 1 --json | grep -o '"movid": *[0-9]*' | grep -o '[0-9]*')
 show tavisys movie 电视剧 "$first"
 show tavisys poster
-show tavisys disks 127.0.0.1 | sed "s|$PWD/||"
-show tavisys fetch 127.0.0.1 sda sda1 --out "$copy"
+show tavisys disks | sed "s|$PWD/||"
+show tavisys fetch sda sda1 --out "$copy"
 printf '\n$ kill %%1\n'
 kill "$server"
 wait "$server" || true

@@ -53,14 +53,21 @@ auto is_one_of(const std::vector<std::string> &words) {
             return "";
         std::string choices;
         for (const std::string &word : words)
-            choices += (choices.empty() ? "" : messages::NAME_SEPARATOR) + word;
+            choices += (choices.empty() ? "" : messages::NAME_SEPARATOR.get()) + word;
         return fill(messages::NOT_A_CHOICE, {choices, value});
     };
 }
 
-std::string is_address(const std::string &value) {
+// What is nothing but digits and dots is meant as an address.
+std::string is_host(const std::string &value) {
+    constexpr std::size_t LONGEST = 253; // bytes
+    constexpr const char *ALLOWED = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._";
     in_addr address{};
-    return inet_pton(AF_INET, value.c_str(), &address) == 1 ? "" : fill(messages::NOT_AN_ADDRESS, {value});
+    const bool is_name = value.size() <= LONGEST &&
+                         value.find_first_not_of("0123456789.") != std::string::npos &&
+                         value.find_first_not_of(ALLOWED) == std::string::npos && value.front() != '-';
+    return is_name || inet_pton(AF_INET, value.c_str(), &address) == 1 ? ""
+                                                                       : fill(messages::NOT_A_HOST, {value});
 }
 
 // Requests have room for so many bytes and a NUL.
@@ -93,25 +100,25 @@ std::string is_player_name(const std::string &value) {
     return "";
 }
 
-CLI::Option *add_argument(CLI::App &app, const char *name, std::string &value, const char *help) {
+CLI::Option *add_argument(CLI::App &app, const TEXT_T &name, std::string &value, const TEXT_T &help) {
     return app.add_option(name, value, help)->required();
 }
 
-void add_number(CLI::App &app, const char *name, INT32_T &value, const char *help, INT32_T last) {
+void add_number(CLI::App &app, const char *name, INT32_T &value, const TEXT_T &help, INT32_T last) {
     app.add_option(name, value, help)
         ->check(is_in_range(1, last))
         ->option_text(messages::VALUE_NUMBER)
         ->default_str(std::to_string(value));
 }
 
-void add_name(CLI::App &app, const char *name, std::string &value, const char *help) {
+void add_name(CLI::App &app, const char *name, std::string &value, const TEXT_T &help) {
     app.add_option(name, value, help)->option_text(messages::VALUE_NAME_OR_ID);
 }
 
 [[noreturn]] void fail_usage(const std::string &message, const CLI::App &app) {
     const bool in_command = app.get_parent() != nullptr;
     const std::string hint =
-        in_command ? fill(messages::COMMAND_HINT, {app.get_name()}) : messages::USAGE_HINT;
+        in_command ? fill(messages::COMMAND_HINT, {app.get_name()}) : std::string(messages::USAGE_HINT);
     throw CLIENT_ERROR_T(EXIT_BAD_USAGE, message + "\n" + hint);
 }
 
@@ -121,7 +128,8 @@ std::string explain(const CLI::ParseError &error) {
     std::string message = error.what();
     const std::string subject = message.substr(0, message.find_first_of(" :"));
     if (error.get_name() == "ValidationError")
-        return message;
+        return message.starts_with(": ") ? message.substr(2)
+                                         : message; // an option that help doesn't list has no name
     if (error.get_name() == "RequiredError")
         return fill(messages::MISSING_ARGUMENT, {subject});
     if (error.get_name() == "ArgumentMismatch")
@@ -135,10 +143,27 @@ void check_leftovers(const CLI::App &app) {
     if (leftovers.empty())
         return;
     const bool option = leftovers.front().starts_with("-");
-    const char *message = option ? messages::UNKNOWN_OPTION : messages::EXTRA_ARGUMENT;
+    const TEXT_T *message = option ? &messages::UNKNOWN_OPTION : &messages::EXTRA_ARGUMENT;
     if (!option && app.get_parent() == nullptr && app.get_subcommands().empty())
-        message = messages::UNKNOWN_COMMAND;
-    fail_usage(fill(message, {leftovers.front()}), app);
+        message = &messages::UNKNOWN_COMMAND;
+    fail_usage(fill(*message, {leftovers.front()}), app);
+}
+
+void declare_settings(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.add_option("--color", arguments.color, messages::HELP_COLOR)
+        ->check(is_one_of({"auto", "always", "never"}))
+        ->option_text(messages::VALUE_WHEN)
+        ->default_str(arguments.color);
+    app.add_option("--lang", arguments.language, messages::HELP_LANG)
+        ->check(is_one_of({"zh", "en"}))
+        ->option_text(messages::VALUE_LANGUAGE);
+}
+
+// The option is told apart from a misspelt one where it can't be had.
+void refuse_other_servers(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.add_option("--server", arguments.server)
+        ->check([](const std::string &) -> std::string { return messages::ONLY_THIS_MACHINE; })
+        ->group("");
 }
 
 void set_up(CLI::App &app, ARGUMENTS_T &arguments) {
@@ -146,10 +171,11 @@ void set_up(CLI::App &app, ARGUMENTS_T &arguments) {
     app.formatter(std::make_shared<HELP_FORMATTER_T>());
     app.footer(messages::HELP_FOOTER);
     app.group(messages::HELP_COMMANDS);
-    app.allow_extras(); // what is left over is judged here, in Chinese
+    app.allow_extras(); // what is left over is judged here, in the user's language
     app.require_subcommand(0, 1);
     app.option_defaults()->group(messages::HELP_OPTIONS)->take_last();
     app.get_help_ptr()->group(messages::HELP_OPTIONS);
+    declare_settings(app, arguments);
     for (const COMMAND_T &command : all_commands()) {
         CLI::App *subcommand = app.add_subcommand(command.name, command.help);
         subcommand->footer("");
@@ -157,6 +183,9 @@ void set_up(CLI::App &app, ARGUMENTS_T &arguments) {
         if (command.declare != nullptr)
             command.declare(*subcommand, arguments);
         subcommand->add_flag("--json", arguments.json, messages::HELP_JSON)->disable_flag_override();
+        declare_settings(*subcommand, arguments);
+        if (subcommand->get_option_no_throw("--server") == nullptr)
+            refuse_other_servers(*subcommand, arguments);
     }
 }
 
@@ -210,7 +239,9 @@ void declare_name(CLI::App &app, ARGUMENTS_T &arguments) {
 }
 
 void declare_host(CLI::App &app, ARGUMENTS_T &arguments) {
-    add_argument(app, messages::ARGUMENT_HOST, arguments.host, messages::HELP_HOST)->check(is_address);
+    app.add_option("--server", arguments.server, messages::HELP_SERVER)
+        ->check(is_host)
+        ->option_text(messages::VALUE_HOST);
 }
 
 void declare_position(CLI::App &app, ARGUMENTS_T &arguments) {
@@ -223,7 +254,7 @@ void declare_position(CLI::App &app, ARGUMENTS_T &arguments) {
 // The two names become folders as well.
 void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments) {
     declare_position(app, arguments);
-    for (const char *name : {messages::ARGUMENT_DISK, messages::ARGUMENT_PARTITION})
+    for (const TEXT_T &name : {messages::ARGUMENT_DISK, messages::ARGUMENT_PARTITION})
         app.get_option(name)->check(is_folder_name);
     app.add_option("--out", arguments.library, messages::HELP_OUT)
         ->option_text(messages::VALUE_FOLDER)

@@ -16,6 +16,9 @@ struct COMMAND_T;
 
 struct ARGUMENTS_T {
     bool json = false;
+    // How to show the answer: main() has seen to these before the command line was read.
+    std::string language;
+    std::string color = "auto";
     bool watch = false;
     std::string attribute; // kind, area, year or dimension
     // Names or ids, as they were written; empty when they were not.
@@ -30,7 +33,7 @@ struct ARGUMENTS_T {
     std::string order = "put";
     std::string action; // "set", or empty
     std::string player_name;
-    std::string host; // dotted IPv4
+    std::string server; // IPv4 address or name; empty for this machine
     std::string disk;
     std::string partition;
     std::string library = ".";

@@ -100,7 +100,7 @@ std::string run_status(const ARGUMENTS_T &arguments, int width) {
     return lay_out_fields({{messages::PHASE, phase_name(phase_of(*status))},
                            {messages::FOUND, std::to_string(status->total_movies)},
                            {messages::PARSED, std::to_string(status->parseok_movies)},
-                           {messages::FAILED, std::to_string(status->parseerr_movies)},
+                           failures_field(messages::FAILED, status->parseerr_movies),
                            {messages::LEFT, std::to_string(status->left_movies)}},
                           width);
 }

@@ -7,12 +7,13 @@
 #include <string>
 
 #include "arguments.h"
+#include "language.h"
 
 namespace client {
 
 struct COMMAND_T {
     const char *name;
-    const char *help;
+    TEXT_T help;
     void (*declare)(CLI::App &app, ARGUMENTS_T &arguments); // NULL: it has no options of its own
     // Asks the server and returns what to write to standard output, laid out for a terminal of that width
     // (UNLIMITED for none). Throws a CLIENT_ERROR_T.
@@ -36,7 +37,7 @@ std::string run_touch(const ARGUMENTS_T &arguments, int width);
 std::string run_movie(const ARGUMENTS_T &arguments, int width);
 std::string run_poster(const ARGUMENTS_T &arguments, int width);
 
-// Another server's disks
+// A server's disks, be it another one's
 std::string run_disks(const ARGUMENTS_T &arguments, int width);
 std::string run_count(const ARGUMENTS_T &arguments, int width);
 std::string run_fetch(const ARGUMENTS_T &arguments, int width);

@@ -5,6 +5,8 @@
 #include "command.h"
 #include "error.h"
 #include "messages.h"
+#include "settings.h"
+#include "style.h"
 #include "terminal.h"
 
 namespace {
@@ -23,10 +25,10 @@ EXIT_STATUS_E run_and_report(int argc, const char *const *argv) {
         return EXIT_DONE;
     } catch (const CLIENT_ERROR_T &error) {
         if (error.what()[0] != '\0')
-            write_error(error.what());
+            write_error(paint_error(error.what()));
         return error.status;
     } catch (const std::exception &) { // only memory is left to fail
-        write_error(messages::NO_MEMORY);
+        write_error(messages::NO_MEMORY.get());
         return EXIT_FAILED;
     }
 }
@@ -36,6 +38,7 @@ EXIT_STATUS_E run_and_report(int argc, const char *const *argv) {
 int main(int argc, char **argv) {
     // A reader that has gone is seen as a failing write, and a server that has gone as a failing request.
     std::signal(SIGPIPE, SIG_IGN);
+    apply_settings(argc, argv);
     const EXIT_STATUS_E status = run_and_report(argc, argv);
     if (status == EXIT_INTERRUPTED)
         end_by_interrupt();

@@ -51,8 +51,8 @@ std::string show_ids(const BASIC_MOVIE_IDS_T *ids, const ATTRIBUTE_T &attribute,
     std::string shown;
     for (INT32_T i = 0; ids != nullptr && i < ids->num; i++) {
         const std::string name = names.name_of(attribute, cid, ids->ids[i]);
-        if (name != messages::EVERYTHING)
-            shown += (shown.empty() ? "" : messages::NAME_SEPARATOR) + name;
+        if (name != TAVISYS_NAME_OF_ALL)
+            shown += (shown.empty() ? "" : messages::NAME_SEPARATOR.get()) + name;
     }
     return shown;
 }
@@ -78,10 +78,10 @@ constexpr std::ptrdiff_t CATEGORY_COLUMN = 2;
 TABLE_T movies_table(INT32_T cid, PAGE_FORM_T form) {
     TABLE_T table{{{messages::ID, ALIGN_T::RIGHT},
                    {messages::TITLE, ALIGN_T::LEFT, TITLE_WIDTH},
-                   {messages::KIND, ALIGN_T::LEFT, NARROWEST},
+                   {messages::KIND, ALIGN_T::LEFT, NARROWEST, STYLE_T::MARKS},
                    {messages::AREA, ALIGN_T::LEFT, NARROWEST},
                    {messages::YEAR, ALIGN_T::LEFT, NARROWEST},
-                   {messages::DIMENSION, ALIGN_T::LEFT, NARROWEST},
+                   {messages::DIMENSION, ALIGN_T::LEFT, NARROWEST, STYLE_T::MARKS},
                    {messages::SCORE, ALIGN_T::RIGHT},
                    {messages::PUT_TIME},
                    {messages::PUBLISH_TIME}},
@@ -130,27 +130,27 @@ std::string run_page(const ARGUMENTS_T &arguments, int width, PAGE_FORM_T form) 
         table.rows.push_back(movie_row(movie, request.cid, form, names));
     });
     const TP_PAGE_INFORMATION &info = page->pageinfo;
-    return (table.rows.empty() ? messages::EMPTY_PAGE : lay_out_table(table, width)) +
+    return (table.rows.empty() ? std::string(messages::EMPTY_PAGE) : lay_out_table(table, width)) +
            fill(messages::PAGE_LINE, {std::to_string(info.pagenum), std::to_string(info.totalpages),
                                       std::to_string(info.totalmovies)});
 }
 
-void add_list_field(std::vector<FIELD_T> &fields, const char *label,
+void add_list_field(std::vector<FIELD_T> &fields, const TEXT_T &label,
                     const TP_MOVIE_FILTER_KVP_INFORMATION_T *info) {
     std::string names;
     if (info != nullptr) {
         for_each_record(info->list, [&names](const TP_MOVIE_FILTER_INFORMATION_T &item) {
-            names += (names.empty() ? "" : messages::NAME_SEPARATOR) + text_of(item.name);
+            names += (names.empty() ? "" : messages::NAME_SEPARATOR.get()) + text_of(item.name);
         });
     }
     const bool own_label = info != nullptr && info->desc != nullptr;
-    fields.push_back({own_label ? info->desc : label, names});
+    fields.push_back({own_label ? info->desc : label.get(), names, STYLE_T::MARKS});
 }
 
-void add_value_field(std::vector<FIELD_T> &fields, const char *label,
+void add_value_field(std::vector<FIELD_T> &fields, const TEXT_T &label,
                      const TP_MOVIE_SINGLE_KVP_INFORMATION_T *info) {
     const bool own_label = info != nullptr && info->desc != nullptr;
-    fields.push_back({own_label ? info->desc : label, info == nullptr ? "" : text_of(info->value)});
+    fields.push_back({own_label ? info->desc : label.get(), info == nullptr ? "" : text_of(info->value)});
 }
 
 // The labels are the server's: they differ by category ("主演", "演唱", "主持人").
@@ -159,7 +159,7 @@ std::string show_details(const DETAIL_MOVIE_T &movie, int width) {
     std::vector<FIELD_T> fields{
         {messages::TITLE, text_of(movie.name)},
         {messages::YEAR, show_year(movie.year)},
-        {messages::DIMENSION, dimension == nullptr ? "" : text_of(dimension->name)},
+        {messages::DIMENSION, dimension == nullptr ? "" : text_of(dimension->name), STYLE_T::MARKS},
     };
     add_list_field(fields, messages::DIRECTORS, movie.director_info);
     add_list_field(fields, messages::ACTORS, movie.actor_info);
@@ -208,7 +208,8 @@ std::string run_filters(const ARGUMENTS_T &arguments, int width) {
     const FILTERS_T list = fetch_filters(cid, attribute.type);
     if (arguments.json)
         return to_json(list.get());
-    TABLE_T table{{{messages::ID, ALIGN_T::RIGHT}, {attribute.label, ALIGN_T::LEFT, NARROWEST}}, {}};
+    TABLE_T table{
+        {{messages::ID, ALIGN_T::RIGHT}, {attribute.label, ALIGN_T::LEFT, NARROWEST, STYLE_T::MARKS}}, {}};
     for_each_record(list.get(), [&table](const TP_TAVISYS_FILTER_INFORMATION_T &filter) {
         table.rows.push_back({std::to_string(filter.id), text_of(filter.name)});
     });

@@ -15,9 +15,9 @@ namespace client {
 constexpr INT32_T ALL = 0; // the id that filters nothing
 
 struct ATTRIBUTE_T {
-    INT32_T type;      // a TP_FILTER_TYPE_E; 0 for the category, which has a list of its own
-    const char *word;  // how the command line calls it
-    const char *label; // how people call it
+    INT32_T type;     // a TP_FILTER_TYPE_E; 0 for the category, which has a list of its own
+    const char *word; // how the command line calls it
+    TEXT_T label;     // how people call it
 };
 
 constexpr INT32_T CATEGORY_TYPE = 0;

@@ -1,4 +1,4 @@
-// The commands that ask another server about its disks: disks, count, fetch.
+// The commands that ask a server about its disks, be it another one's: disks, count, fetch.
 #include "command.h"
 #include "error.h"
 #include "fetched.h"
@@ -16,7 +16,7 @@ namespace {
 using DISK_NODE_T = TP_TAVISYS_HARDDISK_INFORMATION_LIST_T;
 
 POSITION_T position_of(const ARGUMENTS_T &arguments) {
-    return {arguments.host, arguments.disk, arguments.partition};
+    return {find_address(arguments.server), arguments.disk, arguments.partition};
 }
 
 // A row for each partition, and one for a disk without any.
@@ -35,17 +35,18 @@ void add_disk(TABLE_T &table, const DISK_NODE_T &disk) {
 }
 
 std::string show_fetched(const FETCHED_T &fetched, int width) {
-    return lay_out_fields({{messages::FOLDER, fetched.folder},
-                           {messages::MOVIES, std::to_string(fetched.movies)},
-                           {messages::WRITTEN, std::to_string(fetched.written)},
-                           {messages::SKIPPED, std::to_string(fetched.skipped.size())}},
-                          width);
+    return lay_out_fields(
+        {{messages::FOLDER, fetched.folder},
+         {messages::MOVIES, std::to_string(fetched.movies)},
+         {messages::WRITTEN, std::to_string(fetched.written)},
+         failures_field(messages::SKIPPED, static_cast<std::int64_t>(fetched.skipped.size()))},
+        width);
 }
 
 } // namespace
 
 std::string run_disks(const ARGUMENTS_T &arguments, int width) {
-    const DISKS_T disks = fetch_disks(arguments.host);
+    const DISKS_T disks = fetch_disks(find_address(arguments.server));
     if (arguments.json)
         return to_json(disks.get());
     TABLE_T table{{{messages::DISK, ALIGN_T::LEFT, NARROWEST},
@@ -56,7 +57,7 @@ std::string run_disks(const ARGUMENTS_T &arguments, int width) {
                    {messages::MOUNT_POINT, ALIGN_T::LEFT, NARROWEST}},
                   {}};
     for_each_node(disks.get(), [&table](const DISK_NODE_T &disk) { add_disk(table, disk); });
-    return table.rows.empty() ? messages::NO_DISKS : lay_out_table(table, width);
+    return table.rows.empty() ? std::string(messages::NO_DISKS) : lay_out_table(table, width);
 }
 
 std::string run_count(const ARGUMENTS_T &arguments, int width) {

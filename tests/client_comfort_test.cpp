@@ -1,0 +1,78 @@
+// What makes the client pleasant to use: its languages and colors, other cabinets, looking again, completion,
+// and documents for programs that keep their shape.
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "client_harness.h"
+
+using namespace harness;
+
+namespace {
+
+std::string without_colors(const std::string &text) {
+    return std::regex_replace(text, std::regex("\033\\[[0-9]*m"), "");
+}
+
+std::string without_line(int line, const std::string &text) {
+    return std::regex_replace(text, std::regex("^((?:.*\n){" + std::to_string(line) + "}).*\n"), "$1");
+}
+
+bool has_colors(const RUN_T &run) {
+    return (run.output + run.errors).find("\033[") != std::string::npos;
+}
+
+} // namespace
+
+TEST(ClientLanguage, IsThatOfTheOptionElseOfTheLocale) {
+    const SERVER_T server{answer};
+    const std::string chinese = "硬盘数  2\n影片数  28\n";
+    const std::string english = "Disks   2\nMovies  28\n";
+    const std::pair<const char *, bool> environments[] = {
+        {"LC_ALL= LC_MESSAGES= LANG=", false},
+        {"LC_ALL=en_US.UTF-8 LANG=zh_CN.UTF-8", true},
+        {"LC_ALL= LC_MESSAGES=en LANG=zh_CN.UTF-8", true},
+        {"LC_ALL= LC_MESSAGES= LANG=en.UTF-8", true},
+        {"LC_ALL=POSIX LANG=en_US", false},
+        {"LC_ALL=enm_GB", false},
+    };
+    for (const auto &[environment, want] : environments) {
+        EXPECT_EQ(want ? english : chinese, run("info", environment).output) << environment;
+        EXPECT_EQ(english, run("info --lang en", environment).output);
+        EXPECT_EQ(chinese, run("--lang=zh info", environment).output);
+    }
+    EXPECT_EQ("one argument too many: 3\nsee tavisys info --help\n", run("info 3 --lang en").errors);
+    EXPECT_NE(std::string::npos, run("--lang en movies -h").output.find("\nOPTIONS:\n  -h,--help "));
+    EXPECT_EQ("ID  Title     Category  Kind        Area  Year  Dimension  Score  Added       Released\n"
+              " 8  霸王别姬  电影      剧情, 历史  香港  1993  2D           8.1  2023-01-01  1993-01-01\n"
+              "Page 1 of 1, 2 found\n",
+              without_line(2, run("--lang en movies").output));
+}
+
+TEST(ClientColor, IsForTerminalsUnlessItIsAskedForOrNotWanted) {
+    const SERVER_T server{answer};
+    const char *const plain = "LC_ALL=C NO_COLOR= TERM=xterm";
+    EXPECT_EQ("\033[1m编号\033[0m  \033[1m维度\033[0m\n   1  全部\n   2  2D\n   3  \033[36m3D\033[0m\n",
+              run_on_terminal("filters 1 dimension", 80, plain).output);
+    EXPECT_NE(std::string::npos,
+              run("status --color always").output.find("\n\033[1m解析失败\033[0m  \033[31m2\033[0m\n"));
+    EXPECT_EQ(0U, run("nothing --color=always").errors.find("\033[31m没有“nothing”这个命令"));
+    for (const char *environment : {"LC_ALL=C NO_COLOR=1 TERM=xterm", "LC_ALL=C NO_COLOR= TERM=dumb"})
+        EXPECT_FALSE(has_colors(run_on_terminal("movies", 80, environment))) << environment;
+    EXPECT_FALSE(has_colors(run_on_terminal("movies --color never", 80, plain)));
+    for (const std::string command : {"movies", "movie 1 8", "disks", "info --json"}) {
+        const RUN_T piped = run(command, plain);
+        EXPECT_FALSE(has_colors(piped));
+        EXPECT_EQ(piped.output, without_colors(run(command + " --color always").output));
+    }
+    EXPECT_FALSE(has_colors(run("movies --json --color always")));
+}
+
+TEST(ClientServer, IsGivenByAddressOrName) {
+    const SERVER_T server{answer};
+    const std::string disks = run("disks").output;
+    EXPECT_NE("", disks);
+    for (const char *host : {"127.0.0.1", "localhost"})
+        EXPECT_EQ(disks, run(std::string("disks --server ") + host).output) << host;
+    expect_run("count sda sda1 --server nowhere.invalid", 1, "找不到主机“nowhere.invalid”");
+}
