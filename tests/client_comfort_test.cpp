@@ -1,10 +1,16 @@
 // What makes the client pleasant to use: its languages and colors, other cabinets, looking again, completion,
 // and documents for programs that keep their shape.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <array>
+#include <csignal>
+#include <memory>
 #include <regex>
 
 #include "client_harness.h"
+#include "harness.h"
 
 using namespace harness;
 
@@ -75,4 +81,48 @@ TEST(ClientServer, IsGivenByAddressOrName) {
     for (const char *host : {"127.0.0.1", "localhost"})
         EXPECT_EQ(disks, run(std::string("disks --server ") + host).output) << host;
     expect_run("count sda sda1 --server nowhere.invalid", 1, "找不到主机“nowhere.invalid”");
+}
+
+TEST(ClientWatch, ShowsBlocksOrLinesAndOutlivesAServerThatGoesAway) {
+    const struct {
+        const char *arguments, *first, *second;
+    } cases[] = {{"info --watch=0.1", "硬盘数  2\n影片数  28\n", "影片数  29\n"},
+                 {"info --json --watch 0.1", R"({"hdnum": 2,"movnum": 28})", R"({"hdnum": 2,"movnum": 29})"},
+                 {"movie --watch 1 8", "片名    霸王别姬\n", "片名    霸王别姬\n"}};
+    for (const auto &c : cases) {
+        auto server = std::make_unique<SERVER_T>(answer);
+        std::array<int, 2> output{};
+        ASSERT_EQ(0, pipe2(output.data(), O_CLOEXEC));
+        const CLIENT_T client = start(c.arguments, output[1]);
+        const std::string block = read_until(output[0], c.first);
+        EXPECT_EQ(c.first[0] != '{', std::regex_search(block, std::regex("^[0-9:]{8}  每[0-9.]+秒更新")));
+        server.reset();
+        EXPECT_NE(std::string::npos, read_until(client.errors, "\n").find("影柜服务器"));
+        server = std::make_unique<SERVER_T>([](const REQUEST_T &request) {
+            return request.first == 1002 ? ANSWER_T{0, wire(2, 29)} : answer(request);
+        });
+        EXPECT_TRUE(read_until(output[0], c.second).ends_with(c.second));
+        kill(client.pid, SIGINT);
+        const RUN_T got = finish(client, output[0]);
+        EXPECT_EQ(-SIGINT, got.status);
+        EXPECT_EQ("", got.errors); // an absence is told once
+    }
+    expect_run("info --watch 0.01", 2, "--watch: 应为0.1到86400的秒数");
+    expect_run("poster --watch", 2, "不认识的选项: --watch");
+}
+
+TEST(ClientWatch, DrawsInTheSamePlaceOfATerminal) {
+    auto server = std::make_unique<SERVER_T>(answer);
+    const TERMINAL_T terminal = open_terminal(80);
+    const CLIENT_T client = start("info --watch 0.1", terminal.client);
+    const std::string end = "影片数  28\033[K\n\033[J\033[?7h"; // what was below is cleared
+    EXPECT_EQ(0U, read_until(terminal.screen, end).find("\033[2J\033[H\033[?7l"));
+    EXPECT_EQ(0U, read_until(terminal.screen, end).find("\033[H\033[?7l"));
+    server.reset();
+    read_until(terminal.screen, "无法连接影柜服务器");
+    EXPECT_TRUE(read_until(terminal.screen, end).ends_with(end)); // the last answer stays
+    kill(client.pid, SIGINT);
+    const RUN_T got = finish(client, terminal.screen);
+    EXPECT_EQ(-SIGINT, got.status);
+    EXPECT_EQ("", got.errors);
 }

@@ -251,21 +251,24 @@ TEST(ClientWatch, ShowsEachChangeUntilTheScanIsDone) {
     EXPECT_EQ(9, nlohmann::json::parse(run("status --watch --json").output)["parseok_movies"]);
 }
 
-TEST(ClientWatch, AServerThatGoesAwayAndAnInterruptEndTheLineAndTheProgram) {
+TEST(ClientWatch, OutlivesAServerThatGoesAwayAndAnInterruptEndsTheLineAndTheProgram) {
     for (const bool interrupted : {false, true}) {
         auto server = std::make_unique<SERVER_T>(always({0, wire(2, 10, 4, 1, 5)}));
-        const TERMINAL_T terminal = open_terminal(80);
+        const TERMINAL_T terminal = open_terminal(40);
         const CLIENT_T client = start("status --watch", terminal.client);
-        char first = 0;
-        EXPECT_EQ(1, read(terminal.screen, &first, 1)); // it has begun
-        if (interrupted)
+        EXPECT_EQ("\r正在解析: 5/10 (50%),失败1部\033[K", read_until(terminal.screen, "\033[K"));
+        if (interrupted) {
             kill(client.pid, SIGINT);
-        else
+        } else {
             server.reset();
+            EXPECT_EQ("\r无法连接影柜服务器(127.0.0.1:40001),请…\033[K",
+                      read_until(terminal.screen, "\033[K"));
+            server = std::make_unique<SERVER_T>(always({0, wire(4, 10, 9, 1, 0)}));
+        }
         const RUN_T got = finish(client, terminal.screen);
-        EXPECT_EQ(interrupted ? -SIGINT : 1, got.status);
-        EXPECT_EQ("正在解析: 5/10 (50%),失败1部\033[K\n", got.output);
-        EXPECT_EQ(interrupted, got.errors.empty());
+        EXPECT_EQ(interrupted ? -SIGINT : 0, got.status);
+        EXPECT_EQ(interrupted ? "\n" : "\r运行中: 9部影片,失败1部\033[K\n", got.output);
+        EXPECT_EQ("", got.errors);
     }
 }
 

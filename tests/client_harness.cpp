@@ -102,6 +102,13 @@ std::string read_to_end(int file) {
     return text;
 }
 
+std::string read_until(int file, const std::string &end) {
+    std::string text;
+    for (char c = 0; !text.ends_with(end) && read(file, &c, 1) == 1;)
+        text += c;
+    return text;
+}
+
 CLIENT_T start(const std::string &arguments, int output, const std::string &environment) {
     const std::string command = "exec env " + environment + " \"$0\" " + arguments;
     std::array<int, 2> errors{};

@@ -69,6 +69,7 @@ TERMINAL_T open_terminal(unsigned short width);
 RUN_T run_on_terminal(const std::string &arguments, unsigned short width,
                       const std::string &environment = PLAIN_ENVIRONMENT);
 std::string read_to_end(int file); // and close
+std::string read_until(int file, const std::string &end);
 
 // An answer is looked at whole, a failure by what its message contains.
 void expect_run(const std::string &arguments, int status, const std::string &want);

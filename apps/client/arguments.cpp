@@ -8,6 +8,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <optional>
 
 #include "command.h"
 #include "error.h"
@@ -115,6 +116,46 @@ void add_name(CLI::App &app, const char *name, std::string &value, const TEXT_T 
     app.add_option(name, value, help)->option_text(messages::VALUE_NAME_OR_ID);
 }
 
+// Milliseconds of a text in seconds, if it is a sensible time between two looks.
+std::optional<int> interval_of(const std::string &text) {
+    constexpr double SHORTEST = 0.1;
+    constexpr double LONGEST = 24 * 60 * 60;
+    double seconds = 0;
+    const char *end = text.data() + text.size();
+    const auto [stop, failure] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
+    if (failure != std::errc{} || stop != end || !(seconds >= SHORTEST && seconds <= LONGEST))
+        return std::nullopt;
+    return static_cast<int>(seconds * 1000);
+}
+
+std::string is_interval(const std::string &value) {
+    return interval_of(value).has_value() ? "" : fill(messages::NOT_AN_INTERVAL, {value});
+}
+
+void declare_interval(CLI::App &app, ARGUMENTS_T &arguments, const TEXT_T &help, const char *usual) {
+    const auto take = [&arguments](const std::string &value) {
+        arguments.watch = interval_of(value).value_or(0);
+    };
+    app.add_option_function<std::string>("--watch", take, help)
+        ->check(is_interval)
+        ->expected(0, 1)
+        ->option_text("[" + std::string(messages::VALUE_SECONDS) + "]")
+        ->default_str(usual);
+}
+
+void declare_host(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.add_option("--server", arguments.server, messages::HELP_SERVER)
+        ->check(is_host)
+        ->option_text(messages::VALUE_HOST);
+}
+
+void declare_position(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_host(app, arguments);
+    add_argument(app, messages::ARGUMENT_DISK, arguments.disk, messages::HELP_DISK)->check(is_device_name);
+    add_argument(app, messages::ARGUMENT_PARTITION, arguments.partition, messages::HELP_PARTITION)
+        ->check(is_device_name);
+}
+
 [[noreturn]] void fail_usage(const std::string &message, const CLI::App &app) {
     const bool in_command = app.get_parent() != nullptr;
     const std::string hint =
@@ -192,10 +233,15 @@ void set_up(CLI::App &app, ARGUMENTS_T &arguments) {
 } // namespace
 
 void declare_status(CLI::App &app, ARGUMENTS_T &arguments) {
-    app.add_flag("--watch", arguments.watch, messages::HELP_WATCH)->disable_flag_override();
+    declare_interval(app, arguments, messages::HELP_WATCH_STATUS, "0.25");
+}
+
+void declare_watch(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_interval(app, arguments, messages::HELP_WATCH, "2");
 }
 
 void declare_filters(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_watch(app, arguments);
     app.add_option(messages::ARGUMENT_CATEGORY, arguments.category, messages::HELP_BY_CATEGORY)->required();
     app.add_option(messages::ARGUMENT_ATTRIBUTE, arguments.attribute, messages::HELP_ATTRIBUTE)
         ->required()
@@ -203,6 +249,7 @@ void declare_filters(CLI::App &app, ARGUMENTS_T &arguments) {
 }
 
 void declare_movies(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_watch(app, arguments);
     std::vector<std::string> orders;
     std::transform(std::begin(ORDERS), std::end(ORDERS), std::back_inserter(orders),
                    [](const ORDER_T &order) { return order.word; });
@@ -220,6 +267,7 @@ void declare_movies(CLI::App &app, ARGUMENTS_T &arguments) {
 }
 
 void declare_movie(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_watch(app, arguments);
     app.add_option(messages::ARGUMENT_CATEGORY, arguments.category, messages::HELP_BY_CATEGORY)->required();
     app.add_option(messages::ARGUMENT_MOVIE_ID, arguments.movie, messages::HELP_MOVIE_ID)
         ->required()
@@ -238,17 +286,14 @@ void declare_name(CLI::App &app, ARGUMENTS_T &arguments) {
     });
 }
 
-void declare_host(CLI::App &app, ARGUMENTS_T &arguments) {
-    app.add_option("--server", arguments.server, messages::HELP_SERVER)
-        ->check(is_host)
-        ->option_text(messages::VALUE_HOST);
+void declare_disks(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_host(app, arguments);
+    declare_watch(app, arguments);
 }
 
-void declare_position(CLI::App &app, ARGUMENTS_T &arguments) {
-    declare_host(app, arguments);
-    add_argument(app, messages::ARGUMENT_DISK, arguments.disk, messages::HELP_DISK)->check(is_device_name);
-    add_argument(app, messages::ARGUMENT_PARTITION, arguments.partition, messages::HELP_PARTITION)
-        ->check(is_device_name);
+void declare_count(CLI::App &app, ARGUMENTS_T &arguments) {
+    declare_position(app, arguments);
+    declare_watch(app, arguments);
 }
 
 // The two names become folders as well.

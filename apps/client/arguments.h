@@ -19,7 +19,7 @@ struct ARGUMENTS_T {
     // How to show the answer: main() has seen to these before the command line was read.
     std::string language;
     std::string color = "auto";
-    bool watch = false;
+    int watch = 0;         // milliseconds from one look to the next; 0 for one look alone
     std::string attribute; // kind, area, year or dimension
     // Names or ids, as they were written; empty when they were not.
     std::string category;
@@ -39,14 +39,15 @@ struct ARGUMENTS_T {
     std::string library = ".";
 };
 
-// The options of a command, beside --help and --json, which all of them have.
+// The options of a command, beside --help, --json, --color and --lang, which all of them have.
+void declare_watch(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_status(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_filters(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_movies(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_movie(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_name(CLI::App &app, ARGUMENTS_T &arguments);
-void declare_host(CLI::App &app, ARGUMENTS_T &arguments);
-void declare_position(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_disks(CLI::App &app, ARGUMENTS_T &arguments);
+void declare_count(CLI::App &app, ARGUMENTS_T &arguments);
 void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments);
 
 // The TP_ORDER_BY_E that the command line calls so, which has been checked.

@@ -18,6 +18,7 @@ struct COMMAND_T {
     // Asks the server and returns what to write to standard output, laid out for a terminal of that width
     // (UNLIMITED for none). Throws a CLIENT_ERROR_T.
     std::string (*run)(const ARGUMENTS_T &arguments, int width);
+    bool watches_itself = false; // has its own way of looking again; for the others watch() runs it again
 };
 
 std::span<const COMMAND_T> all_commands();

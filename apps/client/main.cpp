@@ -8,6 +8,7 @@
 #include "settings.h"
 #include "style.h"
 #include "terminal.h"
+#include "watch.h"
 
 namespace {
 
@@ -16,6 +17,8 @@ using namespace client;
 void run(int argc, const char *const *argv) {
     const PARSED_T parsed = parse_command_line(argc, argv);
     const bool help = parsed.command == nullptr;
+    if (!help && parsed.arguments.watch != 0 && !parsed.command->watches_itself)
+        watch(parsed);
     write_output(help ? parsed.help : parsed.command->run(parsed.arguments, terminal_width()));
 }
 

@@ -43,7 +43,10 @@ inline constexpr TEXT_T HELP_FETCH{"取回服务器的一个分区上的影片�
                                    "fetch the metadata of the movies on a server's partition"};
 inline constexpr TEXT_T HELP_DEFAULT{"(默认 {0})", " (default {0})"};
 inline constexpr TEXT_T HELP_JSON{"输出一个JSON文档,供程序使用", "write one JSON document, for programs"};
-inline constexpr TEXT_T HELP_WATCH{"持续显示进度,直到扫描完成", "show the progress until the scan is done"};
+inline constexpr TEXT_T HELP_WATCH{"每隔若干秒重新查询,直到按Ctrl-C",
+                                   "ask again every so many seconds, until Ctrl-C"};
+inline constexpr TEXT_T HELP_WATCH_STATUS{"持续显示进度,直到扫描完成",
+                                          "show the progress until the scan is done"};
 inline constexpr TEXT_T HELP_LANG{
     "语言: zh 中文,en 英文,默认由环境变量LC_ALL、LC_MESSAGES、LANG决定",
     "language: zh Chinese, en English; by default that of LC_ALL, LC_MESSAGES, LANG"};
@@ -86,6 +89,7 @@ inline constexpr TEXT_T ARGUMENT_DISK{"硬盘", "DISK"};
 inline constexpr TEXT_T ARGUMENT_PARTITION{"分区", "PARTITION"};
 inline constexpr TEXT_T VALUE_FOLDER{"目录", "FOLDER"};
 inline constexpr TEXT_T VALUE_HOST{"地址", "HOST"};
+inline constexpr TEXT_T VALUE_SECONDS{"秒", "SECONDS"};
 inline constexpr TEXT_T VALUE_LANGUAGE{"语言", "LANGUAGE"};
 inline constexpr TEXT_T VALUE_WHEN{"何时", "WHEN"};
 inline constexpr TEXT_T VALUE_NAME_OR_ID{"名称或编号", "NAME-OR-ID"};
@@ -115,6 +119,8 @@ inline constexpr TEXT_T NOT_A_HOST{
 inline constexpr TEXT_T ONLY_THIS_MACHINE{
     "这个命令只能查询本机的影柜,能查询其他影柜的命令有 disks、count 和 fetch",
     "this command can only ask the cabinet of this machine; disks, count and fetch can ask others"};
+inline constexpr TEXT_T NOT_AN_INTERVAL{"应为0.1到86400的秒数,而不是“{0}”",
+                                        "must be 0.1 to 86400 seconds, not “{0}”"};
 inline constexpr TEXT_T NOT_A_DEVICE_NAME{"应为1到{0}个字节的设备名,而不是“{1}”",
                                           "must be a device name of 1 to {0} bytes, not “{1}”"};
 inline constexpr TEXT_T NOT_A_FOLDER_NAME{
@@ -243,6 +249,9 @@ inline constexpr TEXT_T RECORD_REPEATS_CODE{"同一分区上已有相同影片�
                                             "another movie of the partition has the same code"};
 inline constexpr TEXT_T RECORD_NOT_LOADABLE{"{0}", "servers don't load it: {0}"}; // the library's reason
 inline constexpr TEXT_T RECORD_TOO_LARGE{"元数据超过4 MiB", "its metadata is larger than 4 MiB"};
+
+// Looking again
+inline constexpr TEXT_T WATCHING{"{0}  每{1}秒更新,按Ctrl-C结束", "{0}  every {1} s, Ctrl-C ends"};
 
 // Running status
 inline constexpr TEXT_T PHASE{"状态", "Status"};
