@@ -6,13 +6,19 @@
 
 #include <array>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <regex>
 
 #include "client_harness.h"
 #include "harness.h"
 
 using namespace harness;
+using nlohmann::json;
 
 namespace {
 
@@ -26,6 +32,35 @@ std::string without_line(int line, const std::string &text) {
 
 bool has_colors(const RUN_T &run) {
     return (run.output + run.errors).find("\033[") != std::string::npos;
+}
+
+// What differs between a document and the shape that it should have; empty when nothing does. The names of
+// the optional members that were null, and of the lists that were empty, are taken note of.
+std::string difference(const json &shape, const json &value, const std::string &name) {
+    if (shape.is_string()) {
+        const bool optional = shape.get<std::string>().ends_with('?');
+        const bool right = (value.is_string() && shape.get<std::string>().starts_with("string")) ||
+                           (value.is_number_integer() && shape == "integer") || (optional && value.is_null());
+        return right ? "" : name + " is " + value.dump();
+    }
+    if (shape.type() != value.type())
+        return name + " is " + value.dump();
+    std::string found;
+    if (shape.is_array()) {
+        for (const json &item : value)
+            found += difference(shape[0], item, name + "[]");
+        return found;
+    }
+    json rest = value;
+    for (const auto &[key, inner] : shape.items()) {
+        const std::string member = key.substr(0, key.find('?'));
+        if (!rest.contains(member))
+            return name + "." + member + " is missing";
+        if (member == key || !rest[member].is_null())
+            found += difference(inner, rest[member], name + "." + member);
+        rest.erase(member);
+    }
+    return found + (rest.empty() ? "" : name + " has " + rest.dump());
 }
 
 } // namespace
@@ -125,4 +160,28 @@ TEST(ClientWatch, DrawsInTheSamePlaceOfATerminal) {
     const RUN_T got = finish(client, terminal.screen);
     EXPECT_EQ(-SIGINT, got.status);
     EXPECT_EQ("", got.errors);
+}
+
+TEST(ClientJson, HasTheShapesThatAreDocumented) {
+    const SERVER_T server{answer};
+    const std::string folder = testing::TempDir() + "tavisys-shapes";
+    const std::map<std::string, std::string> arguments{{"filters", "1 kind"},
+                                                       {"movie", "0 8"},
+                                                       {"count", "sda sda1"},
+                                                       {"fetch", "sda sda1 --out " + folder}};
+    std::ifstream file(CLIENT_DOCUMENT);
+    const std::string document{std::istreambuf_iterator<char>(file), {}};
+    const std::regex shape("\n`(\\w+)`[^\n]*\n\n```json\n([^`]*)```");
+    std::ptrdiff_t commands = 0;
+    for (std::sregex_iterator at(document.begin(), document.end(), shape), end; at != end; ++at, ++commands) {
+        const std::string command = (*at)[1];
+        const auto more = arguments.find(command);
+        const std::string words = command + " --json " + (more == arguments.end() ? "" : more->second);
+        EXPECT_EQ("", difference(json::parse((*at)[2].str()), json::parse(run(words).output), command));
+    }
+    const std::string help = run("--help").output;
+    const std::regex row("\n  [a-z]+ ");
+    EXPECT_EQ(commands,
+              std::distance(std::sregex_iterator(help.begin(), help.end(), row), std::sregex_iterator()));
+    std::filesystem::remove_all(folder);
 }

@@ -1,30 +1,6 @@
-// The shape of each command's document. Names and values are those of the records; a string or a record
-// that isn't there is null, a list or the ids that aren't there are []. Members may be added, those that
-// are here stay.
-//
-//   version     {"version", "name", "devid"}
-//   info        {"hdnum", "movnum"}
-//   status      {"status", "total_movies", "parseok_movies", "parseerr_movies", "left_movies"};
-//               with --watch the one with which the scan was done
-//   uuid        {"uuid"}
-//   categories  {"list": [{"id", "name", "movies"}, ...]}
-//   filters     {"list": [{"id", "name"}, ...]}
-//   movies      {"pageinfo": {"pagenum", "pagesize", "totalpages", "totalmovies", "replymovies"},
-//                "list": [{"movid", "movcode", "movname", "score", "puttime", "pubtime", "nposter",
-//                "bposter",
-//                          "acronym", "category_id", "year_id", "kind_ids": [...], "area_ids": [...],
-//                          "dimension_ids": [...], "resolution_ids": [...], "hdsn", "index"}, ...]}
-//   movie       {"name", "year", "dimension_info": {"id", "name"}, "poster",
-//                "director_info": {"desc", "list": ["name", ...]}, "actor_info": {as director_info},
-//                "kind_info": {as director_info}, "duration_info": {"desc", "value"},
-//                "summary_info": {"desc", "value"}, "videos",
-//                "video_list": [{"id", "seqno", "name", "mp4"}, ...]}
-//   touch       as movies, each movie with "totalvideo" and "duration" as well
-//   poster      {"poster"}
-//   name        {"name"}; with set the one that is now in force
-//   disks       {"list": [{"devname", "serialno", "list": [{"seqno", "devname", "uuid", "mntp"}, ...]}, ...]}
-//   count       {"movies"}
-//   fetch       {"folder", "movies", "written", "skipped": [{"mid", "movcode", "reason"}, ...]}
+// docs/client.md shows the shape of each command's document, which a test holds against what is written here.
+// A string or a record that isn't there is null, a list or the ids that aren't there are []. Members may be
+// added, those that are there stay.
 #include "json.h"
 
 #include <nlohmann/json.hpp>
