@@ -28,4 +28,9 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tavisys.pc DESTINATION ${CMAKE_INSTALL
 
 if(TAVISYS_BUILD_PROGRAMS)
   install(FILES packaging/tavisys-server.service DESTINATION lib/systemd/system COMPONENT server)
+  # Where the shells of Debian look for what packages bring; from a tree elsewhere they are sourced.
+  install(FILES packaging/completions/tavisys.bash DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
+          RENAME tavisys COMPONENT client)
+  install(FILES packaging/completions/_tavisys DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions
+          COMPONENT client)
 endif()

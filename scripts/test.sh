@@ -12,7 +12,7 @@ set -eu
 cd "$(dirname "$0")/.."
 
 scripts/packages.sh g++ clang clang-format clang-tidy cmake ninja-build pkgconf libxml2-dev libmount-dev \
-    libudev-dev libcli11-dev iproute2 nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils lintian abigail-tools
+    libudev-dev libcli11-dev iproute2 nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils lintian abigail-tools zsh
 
 step() { printf '\n== %s\n' "$*"; }
 

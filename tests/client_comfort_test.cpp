@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -16,6 +18,7 @@
 
 #include "client_harness.h"
 #include "harness.h"
+#include "tavisys_comm.h"
 
 using namespace harness;
 using nlohmann::json;
@@ -28,6 +31,15 @@ std::string without_colors(const std::string &text) {
 
 std::string without_line(int line, const std::string &text) {
     return std::regex_replace(text, std::regex("^((?:.*\n){" + std::to_string(line) + "}).*\n"), "$1");
+}
+
+std::string output_of(const std::string &command) {
+    FILE *pipe = popen(command.c_str(), "r");
+    std::string text;
+    for (int c = 0; (c = fgetc(pipe)) != EOF;)
+        text += static_cast<char>(c);
+    pclose(pipe);
+    return text;
 }
 
 bool has_colors(const RUN_T &run) {
@@ -160,6 +172,53 @@ TEST(ClientWatch, DrawsInTheSamePlaceOfATerminal) {
     const RUN_T got = finish(client, terminal.screen);
     EXPECT_EQ(-SIGINT, got.status);
     EXPECT_EQ("", got.errors);
+}
+
+TEST(ClientCompletion, BashAndZshOfferWhatTheProgramAndTheServerKnow) {
+    const SERVER_T server{answer};
+    // The shells' own parts are what a user's shell has; bash splits words at "=".
+    const std::string bash = std::string("bash -c 'source ") + COMPLETIONS +
+                             "/tavisys.bash; COMP_WORDS=(" TAVISYS_CLIENT
+                             " \"$@\"); COMP_CWORD=$#; _tavisys; "
+                             "printf \"%s|\" \"${COMPREPLY[@]}\"' bash ";
+    const std::string zsh = std::string("zsh -f -c '_call_program() { shift; eval \"$@\" }; "
+                                        "compadd() { printf \"%s|\" ${(P)2} }; words=(" TAVISYS_CLIENT
+                                        " \"$@\"); CURRENT=$#words; source ") +
+                            COMPLETIONS + "/_tavisys' zsh ";
+    const std::pair<const char *, const char *> cases[] = {
+        {"co", "count|"},
+        {"movies --k", "--kind|"},
+        {"movies --kind ''", "全部|剧情|历史|"},
+        {"movies --category 电影 --kind 剧", "剧情|"},
+        {"movie 电", "电影|电视剧|"},
+        {"filters 1 y", "year|"},
+        {"touch --year 2", "2001|"},
+        {"touch --area ''", "全部|香港|"},
+        {"--lang en movies --dimension 3", "3D|"},
+        {"movies --order ''", "put|publish|score|name|"},
+        {"count sda ''", "sda1|sda2|"},
+    };
+    for (const std::string &shell : {bash, zsh}) {
+        for (const auto &[words, want] : cases)
+            EXPECT_EQ(want, output_of(shell + words)) << shell;
+    }
+    EXPECT_EQ("电影|电视剧|", output_of(bash + "movies --category = 电"));
+    EXPECT_EQ("--color=always|", output_of(zsh + "movies --color=al"));
+}
+
+TEST(ClientCompletion, IsQuickAndSilentWithoutAnAnswer) {
+    using clock = std::chrono::steady_clock;
+    const INT32_T deaf = svr_open_tavisys_msg_channel(); // connections wait there for ever
+    const auto begin = clock::now();
+    const RUN_T got = run("complete -- movies --kind ''");
+    EXPECT_GT(std::chrono::seconds(3), clock::now() - begin); // a second, and time for the program to start
+    close_tavisys_msg_channel(deaf);
+    for (const RUN_T &silent :
+         {got, run("complete -- movies --kind ''"), run("complete"), run("complete x ''")}) {
+        EXPECT_EQ(0, silent.status);
+        EXPECT_EQ("", silent.errors);
+    }
+    EXPECT_EQ("", got.output);
 }
 
 TEST(ClientJson, HasTheShapesThatAreDocumented) {

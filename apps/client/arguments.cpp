@@ -14,6 +14,7 @@
 #include "error.h"
 #include "help.h"
 #include "messages.h"
+#include "names.h"
 #include "text.h"
 
 namespace client {
@@ -101,6 +102,18 @@ std::string is_player_name(const std::string &value) {
     return "";
 }
 
+// See COMPLETION_SOURCE.
+CLI::Option *completes_from(CLI::Option *option, const std::string &source) {
+    return option->check([](const std::string &) { return std::string(); }, source, COMPLETION_SOURCE);
+}
+
+CLI::Option *takes_choice(CLI::Option *option, const std::vector<std::string> &choices) {
+    std::string lines;
+    for (const std::string &choice : choices)
+        lines.append(choice).append("\n");
+    return completes_from(option->check(is_one_of(choices)), lines);
+}
+
 CLI::Option *add_argument(CLI::App &app, const TEXT_T &name, std::string &value, const TEXT_T &help) {
     return app.add_option(name, value, help)->required();
 }
@@ -112,8 +125,15 @@ void add_number(CLI::App &app, const char *name, INT32_T &value, const TEXT_T &h
         ->default_str(std::to_string(value));
 }
 
-void add_name(CLI::App &app, const char *name, std::string &value, const TEXT_T &help) {
-    app.add_option(name, value, help)->option_text(messages::VALUE_NAME_OR_ID);
+void add_name(CLI::App &app, const ATTRIBUTE_T &attribute, std::string &value, const TEXT_T &help) {
+    CLI::Option *option = app.add_option(std::string("--") + attribute.word, value, help);
+    completes_from(option->option_text(messages::VALUE_NAME_OR_ID), attribute.word);
+}
+
+void add_category(CLI::App &app, ARGUMENTS_T &arguments) {
+    completes_from(
+        add_argument(app, messages::ARGUMENT_CATEGORY, arguments.category, messages::HELP_BY_CATEGORY),
+        CATEGORY.word);
 }
 
 // Milliseconds of a text in seconds, if it is a sensible time between two looks.
@@ -144,16 +164,17 @@ void declare_interval(CLI::App &app, ARGUMENTS_T &arguments, const TEXT_T &help,
 }
 
 void declare_host(CLI::App &app, ARGUMENTS_T &arguments) {
-    app.add_option("--server", arguments.server, messages::HELP_SERVER)
-        ->check(is_host)
-        ->option_text(messages::VALUE_HOST);
+    CLI::Option *server = app.add_option("--server", arguments.server, messages::HELP_SERVER);
+    completes_from(server->check(is_host)->option_text(messages::VALUE_HOST), SOURCE_HOSTS);
 }
 
 void declare_position(CLI::App &app, ARGUMENTS_T &arguments) {
     declare_host(app, arguments);
-    add_argument(app, messages::ARGUMENT_DISK, arguments.disk, messages::HELP_DISK)->check(is_device_name);
-    add_argument(app, messages::ARGUMENT_PARTITION, arguments.partition, messages::HELP_PARTITION)
-        ->check(is_device_name);
+    CLI::Option *disk = add_argument(app, messages::ARGUMENT_DISK, arguments.disk, messages::HELP_DISK);
+    completes_from(disk->check(is_device_name), SOURCE_DISKS);
+    CLI::Option *partition =
+        add_argument(app, messages::ARGUMENT_PARTITION, arguments.partition, messages::HELP_PARTITION);
+    completes_from(partition->check(is_device_name), SOURCE_PARTITIONS);
 }
 
 [[noreturn]] void fail_usage(const std::string &message, const CLI::App &app) {
@@ -191,13 +212,11 @@ void check_leftovers(const CLI::App &app) {
 }
 
 void declare_settings(CLI::App &app, ARGUMENTS_T &arguments) {
-    app.add_option("--color", arguments.color, messages::HELP_COLOR)
-        ->check(is_one_of({"auto", "always", "never"}))
-        ->option_text(messages::VALUE_WHEN)
+    CLI::Option *color = app.add_option("--color", arguments.color, messages::HELP_COLOR);
+    takes_choice(color->option_text(messages::VALUE_WHEN), {"auto", "always", "never"})
         ->default_str(arguments.color);
-    app.add_option("--lang", arguments.language, messages::HELP_LANG)
-        ->check(is_one_of({"zh", "en"}))
-        ->option_text(messages::VALUE_LANGUAGE);
+    CLI::Option *language = app.add_option("--lang", arguments.language, messages::HELP_LANG);
+    takes_choice(language->option_text(messages::VALUE_LANGUAGE), {"zh", "en"});
 }
 
 // The option is told apart from a misspelt one where it can't be had.
@@ -205,29 +224,6 @@ void refuse_other_servers(CLI::App &app, ARGUMENTS_T &arguments) {
     app.add_option("--server", arguments.server)
         ->check([](const std::string &) -> std::string { return messages::ONLY_THIS_MACHINE; })
         ->group("");
-}
-
-void set_up(CLI::App &app, ARGUMENTS_T &arguments) {
-    app.set_help_flag("-h,--help", messages::HELP_FLAG);
-    app.formatter(std::make_shared<HELP_FORMATTER_T>());
-    app.footer(messages::HELP_FOOTER);
-    app.group(messages::HELP_COMMANDS);
-    app.allow_extras(); // what is left over is judged here, in the user's language
-    app.require_subcommand(0, 1);
-    app.option_defaults()->group(messages::HELP_OPTIONS)->take_last();
-    app.get_help_ptr()->group(messages::HELP_OPTIONS);
-    declare_settings(app, arguments);
-    for (const COMMAND_T &command : all_commands()) {
-        CLI::App *subcommand = app.add_subcommand(command.name, command.help);
-        subcommand->footer("");
-        subcommand->get_help_ptr()->group(messages::HELP_OPTIONS);
-        if (command.declare != nullptr)
-            command.declare(*subcommand, arguments);
-        subcommand->add_flag("--json", arguments.json, messages::HELP_JSON)->disable_flag_override();
-        declare_settings(*subcommand, arguments);
-        if (subcommand->get_option_no_throw("--server") == nullptr)
-            refuse_other_servers(*subcommand, arguments);
-    }
 }
 
 } // namespace
@@ -242,10 +238,10 @@ void declare_watch(CLI::App &app, ARGUMENTS_T &arguments) {
 
 void declare_filters(CLI::App &app, ARGUMENTS_T &arguments) {
     declare_watch(app, arguments);
-    app.add_option(messages::ARGUMENT_CATEGORY, arguments.category, messages::HELP_BY_CATEGORY)->required();
-    app.add_option(messages::ARGUMENT_ATTRIBUTE, arguments.attribute, messages::HELP_ATTRIBUTE)
-        ->required()
-        ->check(is_one_of({"kind", "area", "year", "dimension"}));
+    add_category(app, arguments);
+    takes_choice(
+        add_argument(app, messages::ARGUMENT_ATTRIBUTE, arguments.attribute, messages::HELP_ATTRIBUTE),
+        {KIND.word, AREA.word, YEAR.word, DIMENSION.word});
 }
 
 void declare_movies(CLI::App &app, ARGUMENTS_T &arguments) {
@@ -253,30 +249,27 @@ void declare_movies(CLI::App &app, ARGUMENTS_T &arguments) {
     std::vector<std::string> orders;
     std::transform(std::begin(ORDERS), std::end(ORDERS), std::back_inserter(orders),
                    [](const ORDER_T &order) { return order.word; });
-    add_name(app, "--category", arguments.category, messages::HELP_BY_CATEGORY);
-    add_name(app, "--kind", arguments.kind, messages::HELP_BY_KIND);
-    add_name(app, "--area", arguments.area, messages::HELP_BY_AREA);
-    add_name(app, "--year", arguments.year, messages::HELP_BY_YEAR);
-    add_name(app, "--dimension", arguments.dimension, messages::HELP_BY_DIMENSION);
+    add_name(app, CATEGORY, arguments.category, messages::HELP_BY_CATEGORY);
+    add_name(app, KIND, arguments.kind, messages::HELP_BY_KIND);
+    add_name(app, AREA, arguments.area, messages::HELP_BY_AREA);
+    add_name(app, YEAR, arguments.year, messages::HELP_BY_YEAR);
+    add_name(app, DIMENSION, arguments.dimension, messages::HELP_BY_DIMENSION);
     add_number(app, "--page", arguments.page, messages::HELP_PAGE, LARGEST);
     add_number(app, "--size", arguments.size, messages::HELP_SIZE, LARGEST_PAGE_SIZE);
-    app.add_option("--order", arguments.order, messages::HELP_ORDER)
-        ->check(is_one_of(orders))
-        ->option_text(messages::VALUE_ORDER)
-        ->default_str(arguments.order);
+    CLI::Option *order = app.add_option("--order", arguments.order, messages::HELP_ORDER);
+    takes_choice(order->option_text(messages::VALUE_ORDER), orders)->default_str(arguments.order);
 }
 
 void declare_movie(CLI::App &app, ARGUMENTS_T &arguments) {
     declare_watch(app, arguments);
-    app.add_option(messages::ARGUMENT_CATEGORY, arguments.category, messages::HELP_BY_CATEGORY)->required();
+    add_category(app, arguments);
     app.add_option(messages::ARGUMENT_MOVIE_ID, arguments.movie, messages::HELP_MOVIE_ID)
         ->required()
         ->check(is_in_range(0, LARGEST));
 }
 
 void declare_name(CLI::App &app, ARGUMENTS_T &arguments) {
-    app.add_option(messages::ARGUMENT_ACTION, arguments.action, messages::HELP_ACTION)
-        ->check(is_one_of({"set"}));
+    takes_choice(app.add_option(messages::ARGUMENT_ACTION, arguments.action, messages::HELP_ACTION), {"set"});
     const CLI::Option *name =
         app.add_option(messages::ARGUMENT_PLAYER_NAME, arguments.player_name, messages::HELP_PLAYER_NAME)
             ->check(is_player_name);
@@ -301,9 +294,32 @@ void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments) {
     declare_position(app, arguments);
     for (const TEXT_T &name : {messages::ARGUMENT_DISK, messages::ARGUMENT_PARTITION})
         app.get_option(name)->check(is_folder_name);
-    app.add_option("--out", arguments.library, messages::HELP_OUT)
-        ->option_text(messages::VALUE_FOLDER)
+    CLI::Option *library = app.add_option("--out", arguments.library, messages::HELP_OUT);
+    completes_from(library->option_text(messages::VALUE_FOLDER), SOURCE_FOLDERS)
         ->default_str(arguments.library);
+}
+
+void declare_commands(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.set_help_flag("-h,--help", messages::HELP_FLAG);
+    app.formatter(std::make_shared<HELP_FORMATTER_T>());
+    app.footer(messages::HELP_FOOTER);
+    app.group(messages::HELP_COMMANDS);
+    app.allow_extras(); // what is left over is judged here, in the user's language
+    app.require_subcommand(0, 1);
+    app.option_defaults()->group(messages::HELP_OPTIONS)->take_last();
+    app.get_help_ptr()->group(messages::HELP_OPTIONS);
+    declare_settings(app, arguments);
+    for (const COMMAND_T &command : all_commands()) {
+        CLI::App *subcommand = app.add_subcommand(command.name, command.help);
+        subcommand->footer("");
+        subcommand->get_help_ptr()->group(messages::HELP_OPTIONS);
+        if (command.declare != nullptr)
+            command.declare(*subcommand, arguments);
+        subcommand->add_flag("--json", arguments.json, messages::HELP_JSON)->disable_flag_override();
+        declare_settings(*subcommand, arguments);
+        if (subcommand->get_option_no_throw("--server") == nullptr)
+            refuse_other_servers(*subcommand, arguments);
+    }
 }
 
 INT32_T order_by(const std::string &word) {
@@ -315,7 +331,7 @@ INT32_T order_by(const std::string &word) {
 PARSED_T parse_command_line(int argc, const char *const *argv) {
     PARSED_T parsed{nullptr, {}, ""};
     CLI::App app{messages::PROGRAM, PROGRAM_NAME};
-    set_up(app, parsed.arguments);
+    declare_commands(app, parsed.arguments);
     const auto chosen = [&app]() -> const CLI::App & {
         return app.get_subcommands().empty() ? app : *app.get_subcommands().front();
     };

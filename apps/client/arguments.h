@@ -53,6 +53,17 @@ void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments);
 // The TP_ORDER_BY_E that the command line calls so, which has been checked.
 INT32_T order_by(const std::string &word);
 
+// What completes the values of an option, kept with it as the description of a check of this name: choices, a
+// line each, an attribute's word for the names that the server has, or one of those that follow.
+constexpr const char *COMPLETION_SOURCE = "completion";
+constexpr const char *SOURCE_FOLDERS = ":folders";
+constexpr const char *SOURCE_HOSTS = ":hosts";
+constexpr const char *SOURCE_DISKS = ":disks";
+constexpr const char *SOURCE_PARTITIONS = ":partitions";
+
+// All commands with their options.
+void declare_commands(CLI::App &app, ARGUMENTS_T &arguments);
+
 struct PARSED_T {
     const COMMAND_T *command; // NULL when the user asked for help
     ARGUMENTS_T arguments;

@@ -1,8 +1,10 @@
 // tavisys: asks the movie cabinet's server of this machine, one command a call.
 #include <csignal>
+#include <cstring>
 #include <exception>
 
 #include "command.h"
+#include "complete.h"
 #include "error.h"
 #include "messages.h"
 #include "settings.h"
@@ -42,6 +44,10 @@ int main(int argc, char **argv) {
     // A reader that has gone is seen as a failing write, and a server that has gone as a failing request.
     std::signal(SIGPIPE, SIG_IGN);
     apply_settings(argc, argv);
+    if (argc > 1 && std::strcmp(argv[1], COMPLETION_WORD) == 0) {
+        complete(argc - 2, argv + 2);
+        return EXIT_DONE;
+    }
     const EXIT_STATUS_E status = run_and_report(argc, argv);
     if (status == EXIT_INTERRUPTED)
         end_by_interrupt();

@@ -45,11 +45,12 @@ public:
     // The name of an id, or the id as a number where the server doesn't tell.
     std::string name_of(const ATTRIBUTE_T &attribute, INT32_T cid, INT32_T id);
 
-private:
     using NAMED_IDS_T = std::vector<NAMED_ID_T>;
 
+    // Throws a CLIENT_ERROR_T where the server doesn't tell.
     const NAMED_IDS_T &list_of(const ATTRIBUTE_T &attribute, INT32_T cid);
 
+private:
     std::map<std::pair<INT32_T, INT32_T>, NAMED_IDS_T> lists; // by type and category
 };
 
