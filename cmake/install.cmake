@@ -37,6 +37,11 @@ if(TAVISYS_BUILD_PROGRAMS)
     endif()
     file(INSTALL ${configuration} DESTINATION ${folder})
   ]] COMPONENT server)
+  # Where the shells of Debian look for what packages bring; from a tree elsewhere they are sourced.
+  install(FILES packaging/completions/tavisys.bash DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
+          RENAME tavisys COMPONENT client)
+  install(FILES packaging/completions/_tavisys DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions
+          COMPONENT client)
 endif()
 
 # Manual pages, where there is Doxygen to make them of the headers.

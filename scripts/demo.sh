@@ -30,6 +30,7 @@ trap 'exit 130' INT TERM
     exit 1
 }
 
+export LC_ALL=C.UTF-8 # Chinese, whatever the user's language: as README.md shows it
 PATH=$PWD/build/demo/apps/server:$PWD/build/demo/apps/client:$PATH
 show() {
     printf '\n$ %s\n' "$*"
@@ -56,8 +57,8 @@ grep -o '跳过影片.*' "$log" | sed "s|$PWD/||"
 show tavisys categories
 show tavisys movies --category 电影 --order score --size 5
 show tavisys movies --category 电影 --area 香港 --kind 犯罪 --order publish
-show tavisys disks 127.0.0.1 | sed "s|$PWD/||"
-show tavisys fetch 127.0.0.1 sda sda1 --out "$copy"
+show tavisys disks | sed "s|$PWD/||"
+show tavisys fetch sda sda1 --out "$copy"
 printf '\n$ kill %%1\n'
 kill "$server"
 wait "$server" || true

@@ -14,7 +14,7 @@ set -eu
 cd "$(dirname "$0")/.."
 
 scripts/packages.sh programs clang clang-format clang-tidy libgtest-dev libbenchmark-dev python3 binutils iproute2 \
-    tshark dpkg-dev file lintian abigail-tools doxygen valgrind
+    tshark dpkg-dev file lintian abigail-tools doxygen valgrind zsh
 
 step() { printf '\n== %s\n' "$*"; }
 
