@@ -14,6 +14,15 @@
 
 namespace server {
 
+// What tells whether a document is still the one that was loaded. Its ctime doesn't: a hard link, a mode or
+// an owner changes that, and not what is in it.
+struct SIGNATURE_T {
+    uint64_t inode = 0;
+    int64_t size = 0;
+    int64_t modified_ns = 0;
+    bool operator==(const SIGNATURE_T &) const = default;
+};
+
 // What tells whether a folder still has the entries that it had.
 struct FOLDER_SIGNATURE_T {
     uint64_t device = 0;

@@ -223,9 +223,7 @@ DBDATA_MOVIE_INFORMATION_T *place_movie(LAYOUT_T *layout, const DBDATA_MOVIE_INF
 
 } // namespace
 
-MOVIE_T::MOVIE_T(const DBDATA_MOVIE_INFORMATION_T &from, std::string_view of_folder,
-                 const SIGNATURE_T &of_document)
-    : signature(of_document) {
+MOVIE_T::MOVIE_T(const DBDATA_MOVIE_INFORMATION_T &from, std::string_view of_folder) {
     LAYOUT_T measured;
     place_movie(&measured, from);
     const size_t records = measured.record_bytes();

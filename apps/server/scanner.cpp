@@ -157,7 +157,7 @@ private:
         SIGNATURE_T signature;
         if (document.before != UNKNOWN && reader->look(document, &signature)) {
             const OUTCOME_T &before = scanner_->outcomes_[document.before];
-            if (before.finished() && before.is_of(signature)) {
+            if (before.finished() && before.document == signature) {
                 known_ += before.movie != nullptr ? 1 : 0;
                 return before;
             }
@@ -178,7 +178,7 @@ private:
         const OWNED_MOVIE_T owned(record);
         if (!set_position(record, document))
             return {nullptr, SHORT_OF_MEMORY, {}};
-        return {std::make_shared<const MOVIE_T>(*record, document.folder, signature), nullptr, {}};
+        return {std::make_shared<const MOVIE_T>(*record, document.folder), nullptr, signature};
     } catch (const std::bad_alloc &) {
         return {nullptr, SHORT_OF_MEMORY, {}};
     }

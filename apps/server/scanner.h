@@ -38,11 +38,8 @@ private:
     struct OUTCOME_T {
         MOVIE_PTR movie;              // NULL when it failed
         const char *reason = nullptr; // why it failed: a static text
-        SIGNATURE_T refused;          // of a document that fails as long as it is the same
+        SIGNATURE_T document; // of which this comes as long as it is the same; of none when it may not
         bool finished() const { return movie != nullptr || reason != nullptr; }
-        bool is_of(const SIGNATURE_T &signature) const {
-            return signature == (movie != nullptr ? movie->signature : refused);
-        }
     };
     class SCAN_T;
 
