@@ -158,8 +158,8 @@ TEST(ServerFetch, AnotherServerHasEveryMovieAfterwards) {
     const FOLDER_T library;
     size_t movies = 0;
     for (const auto &[partition, contents] : wanted.contents) {
-        EXPECT_TRUE(run(std::string(TAVISYS_CLIENT) + " fetch --server " + FIRST + ' ' + partition.disk + ' ' +
-                        partition.name + " --out " + library.path().string()));
+        EXPECT_TRUE(run(std::string(TAVISYS_CLIENT) + " fetch --server " + FIRST + ' ' + partition.disk +
+                        ' ' + partition.name + " --out " + library.path().string()));
         movies += contents.size();
     }
 
