@@ -148,6 +148,10 @@ TEST(ServerStorage, SendsWholeRecords) {
     EXPECT_EQ(movie.episodes, 1);
     EXPECT_NE(nullptr, movie.video_list);
 
+    const TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T kinds{TP_FILTER_TYPE_KIND, 0};
+    const RAW_REPLY_T reply = exchange(TAVISYS_MSGTYPE_REQUEST_KIND_LIST, bytes_of(kinds));
+    EXPECT_NE(std::string::npos, reply.body.find("民谣"));
+
     struct CODES_T {
         std::vector<std::string> codes;
         const char *disk;
@@ -160,11 +164,11 @@ TEST(ServerStorage, SendsWholeRecords) {
                              {{"C1"}, "sda", "sdb1", 0},
                              {{"C", "C11", ""}, nullptr, nullptr, 0},
                              {{}, nullptr, nullptr, 0}}) {
-        const RAW_REPLY_T reply = exchange(AVISYS_MSGTYPE_REQUEST_MOVIE_INFO_BY_MOVCODE,
-                                           request_of_codes(c.disk, c.partition, c.codes));
+        const RAW_REPLY_T by_code = exchange(AVISYS_MSGTYPE_REQUEST_MOVIE_INFO_BY_MOVCODE,
+                                             request_of_codes(c.disk, c.partition, c.codes));
         TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *movies = nullptr;
-        EXPECT_EQ(reply.head.length, decode_tp_tavisys_dbdata_movie_information_list_from_message(
-                                         reply.body.data(), reply.head.length, &movies));
+        EXPECT_EQ(by_code.head.length, decode_tp_tavisys_dbdata_movie_information_list_from_message(
+                                           by_code.body.data(), by_code.head.length, &movies));
         const TRANSFER_PTR owner(movies);
         size_t found = 0;
         for_each(movies, [&](const auto &) { found++; });
@@ -209,29 +213,6 @@ TEST(ServerStorage, OffersPostersAndTouchScreenPages) {
     INT8_T poster[100] = "";
     EXPECT_EQ(-2, tavisysapi_random_get_movie_poster(poster, sizeof poster - 1));
     EXPECT_TRUE(ask_for_places().empty());
-}
-
-// Under the leak sanitizer: what a reply leaves behind fails the server's end.
-TEST(ServerStorage, AnswersThousandsOfRequestsOfEveryKindAndForgetsThem) {
-    const auto server = SERVER_PROCESS_T::serving(SAMPLE_LIBRARY, {"--log-level", "NOTICE"});
-    const std::string place = bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES_ARGS_T{"", "sda", "sda1"});
-    const std::string page =
-        bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T{0, 0, 0, 0, 0, 1, 10, 0});
-    const INT32_T movie = ask_for_page({0, 0, 0, 0, 0, 1, 1, 0})->list->info->movid;
-    const std::string detail = bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T{0, movie});
-    const std::string filter =
-        bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T{TP_FILTER_TYPE_KIND, 0});
-    const std::string codes = request_of_codes(nullptr, nullptr, {"TV1993-0015", "TV2010-0025"});
-    const std::map<INT32_T, std::string> requests = {
-        {1000, ""},    {1001, ""},     {1002, ""},    {1003, ""},   {1004, filter}, {1005, filter},
-        {1006, page},  {1007, detail}, {1008, ""},    {3000, ""},   {3001, place},  {3002, place},
-        {3003, place}, {3004, ""},     {3005, codes}, {5006, page}, {5007, detail}};
-    for (int round = 0; round < 200; round++)
-        for (const auto &[type, body] : requests) {
-            const RAW_REPLY_T reply = exchange(type, body);
-            ASSERT_EQ(0, reply.head.result) << type;
-            ASSERT_LT(0, reply.head.length) << type;
-        }
 }
 
 // Takes root, a loop device and a file system of its own; in a mount namespace that nobody else sees.
