@@ -180,7 +180,7 @@ protected:
     void SetUp() override { listener_ = svr_open_tavisys_msg_channel(); }
     void TearDown() override {
         close_tavisys_msg_channel(listener_);
-        take_log();
+        logged();
         EXPECT_EQ(descriptors_, open_descriptors());
         EXPECT_EQ(0, s_other_reads);
         LEAK_CHECKED_T::TearDown();
@@ -228,7 +228,7 @@ TEST_F(Agent, AsksAndMakesOfEachReplyWhatIsStated) {
         for (size_t i = 0; i < scenes.size(); i++)
             EXPECT_EQ(scenes[i].want, call.ask(true)) << "scene " << i;
         server.join();
-        take_log();
+        logged();
     }
     EXPECT_LT(0, s_reads);
 }

@@ -379,20 +379,17 @@ TEST_F(Movie, AMovieIsADuplicateOnlyOnItsOwnPartition) {
                  {"M1", nullptr, nullptr, nullptr},
                  {"M1", "A", "A1", "查找重复影片:硬盘(A)分区(A1)影片编码(M1)"},
                  {"M1", nullptr, nullptr, "查找重复影片:硬盘((null))分区((null))影片编码(M1)"}};
-    const auto line = [](const char *function, const char *text) {
-        return LOG_LINE_T{"dbdata_movinfo/dbdata_movie.c", function, 40, text};
-    };
     NODE_T *list = nullptr;
     for (const auto &c : CASES) {
         NODE_T *node = node_of(movie(c.code, c.disk, c.partition));
         EXPECT_EQ(c.log != nullptr ? 1 : 0, add_single_node_to_dbdata_movie_information_list(&list, node));
-        std::vector<LOG_LINE_T> want;
+        std::string want;
         if (c.log != nullptr) {
-            want = {line("found_node_from_dbdata_movie_information_list_by_movie_code", c.log),
-                    line("add_single_node_to_dbdata_movie_information_list", "找到相同影片")};
+            want.append("found_node_from_dbdata_movie_information_list_by_movie_code 40 ").append(c.log);
+            want.append("\nadd_single_node_to_dbdata_movie_information_list 40 找到相同影片\n");
             release_list(&node); // it stayed ours
         }
-        EXPECT_EQ(want, take_log());
+        EXPECT_EQ(want, logged("dbdata_movinfo/dbdata_movie.c"));
     }
     EXPECT_EQ(5, number_of(list));
     release_list(&list);
@@ -442,6 +439,6 @@ TEST_F(Movie, TheFilterComparesIdsAnd0StandsForAny) {
     EXPECT_EQ(-1, filter_movie_by_condition(made, area, 1999, dimension)); // no id, but the year itself
     EXPECT_EQ(-1, filter_movie_by_condition(made, area, year, -1));
     EXPECT_EQ(-1, filter_movie_by_condition(nullptr, 0, 0, 0));
-    EXPECT_EQ("movinfo is nul!", take_log().at(0).text);
+    EXPECT_EQ("filter_movie_by_condition 80 movinfo is nul!\n", logged("dbdata_movinfo/dbdata_movie.c"));
     release_movie(&made);
 }
