@@ -10,7 +10,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -20,19 +19,9 @@ namespace harness {
 
 // ---- What the library says
 
-struct LOG_LINE_T {
-    std::string file;
-    std::string function;
-    int level;
-    std::string text;
-    bool operator==(const LOG_LINE_T &) const = default;
-};
-inline std::ostream &operator<<(std::ostream &to, const LOG_LINE_T &line) {
-    return to << line.file << ' ' << line.function << ' ' << line.level << ' ' << line.text;
-}
-
-// The lines that the library has logged since the last call, addresses as "0x".
-std::vector<LOG_LINE_T> take_log();
+// The lines that the library has logged since the last call, "FUNCTION LEVEL TEXT" each and addresses as
+// "0x"; all of them under the name of the file, unless it is "".
+std::string logged(const std::string &file = "");
 // What a call says on standard output, lines of the source as "[]" and addresses as "0x".
 std::string said_by(const std::function<void()> &call);
 
@@ -71,20 +60,11 @@ int fail_each_allocation(CALL succeeds) {
 // A test that leaves none of the library's memory allocated and starts without log lines.
 class LEAK_CHECKED_T : public virtual testing::Test {
 protected:
-    LEAK_CHECKED_T() { take_log(); }
+    LEAK_CHECKED_T() { logged(); }
     void TearDown() override { EXPECT_EQ(live_, live_allocations()) << "allocations are left"; }
 
 private:
     long live_ = live_allocations();
-};
-
-// A pointer that becomes the type that a call wants, for tables of calls that differ in nothing else.
-struct ANY_T {
-    const void *to;
-    template <class T>
-    operator T *() const {
-        return static_cast<T *>(const_cast<void *>(to));
-    }
 };
 
 template <class NODE>
