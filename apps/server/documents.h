@@ -60,8 +60,8 @@ struct LIBRARY_T {
 
 // Walks the library's partitions with so many threads; the documents come in the order of their paths
 // all the same. Symbolic links are not followed. What can't be read is passed over. Ends early, with what it
-// has, when `stop` is set. `before`: the documents of the last walk; those of their folders that have no others
-// in them are read again only when they have changed.
+// has, when `stop` is set. `before`: the documents of the last walk; those of their folders that have no
+// others in them are read again only when they have changed.
 LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop,
                          std::span<const DOCUMENT_T> before = {});
 
