@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <sys/syscall.h>
-#include <sys/time.h>
 
 #include "harness.h"
 #include "peer.h"
@@ -201,13 +200,6 @@ int clock_gettime(clockid_t clock, timespec *now) {
     }
     s_reads += t_in_call ? 1 : 0;
     return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
-}
-
-int gettimeofday(timeval *now, void *) {
-    timespec exact{};
-    const int result = clock_gettime(CLOCK_REALTIME, &exact);
-    *now = {exact.tv_sec, exact.tv_nsec / 1000};
-    return result;
 }
 
 time_t time(time_t *now) {
