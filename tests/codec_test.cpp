@@ -220,18 +220,13 @@ TEST_F(Codec, EncodersAndDecodersLogUnderTheirNames) {
     areas.num = -100; // outweighs all the rest: 92 bytes less 400
     expect_failure(encoded(ENCODE_PAGE, &page), page_call + " 80 出错,获取的长度(-308)小于0\n");
 
-    const std::string body = wire("uuid", 7, 2, 1, 10, 2, 20), videos = wire(1, "TV-1", 1, 3, "SN", "三");
-    INT8_T *uuid = nullptr;
-    INT32_T rid = 0;
-    IDS_T *ids = nullptr;
-    HDVIDEO_T *movies_on_disks = nullptr;
-    decode_tavisys_movie_id_information_to_message(&body[12], 20, &ids);
-    delete_tavisys_movie_id_information(&ids);
-    decode_movid_info_to_buffer(body.data(), size_of(body), &uuid, &rid, &ids);
-    delete_tavisys_movie_id_information(&ids);
-    decode_hdvideo_list_information_from_message(videos.data(), size_of(videos), &movies_on_disks);
-    delete_hard_disk_videolist(&movies_on_disks);
-    safe_free(uuid);
+    for (const auto &[name, body] : {std::pair{"movie_ids", wire(2, 1, 10, 2, 20)},
+                                     {"uuid_and_ids", wire("uuid", 7, 2, 1, 10, 2, 20)},
+                                     {"hdvideos", wire(1, "TV-1", 1, 3, "SN", "三")}}) {
+        void *record = nullptr;
+        fuzz::family_of(name).decode(body.data(), size_of(body), &record);
+        fuzz::family_of(name).release(&record);
+    }
     EXPECT_EQ("decode_tavisys_movie_id_information_to_message 40 解析的个数:2\n"
               "decode_movid_info_to_buffer 40 解析的个数:2\n"
               "decode_tavisys_videolist_information_from_buffer 40 解析的 video list 个数:1\n",
@@ -263,7 +258,6 @@ TEST_F(Codec, AMovieWhoseCodeIsInTheListIsDroppedWithALine) {
     EXPECT_NE("", logged());
     EXPECT_EQ(5U, nodes_of(list).size());
     delete_tavisys_basic_movie_information_list(&list);
-    EXPECT_NE(nullptr, list) << "the head pointer stays";
 }
 
 TEST_F(Codec, DeletingADetailRecordLeavesTheLabelsOfItsListsAndReleasingDoesNot) {
@@ -327,9 +321,6 @@ TRANSFER_T *decode_movies(const std::string &bytes) {
 
 TEST_F(Transfer, SeveralMoviesOverlapUnlessTheyArePacked) {
     TRANSFER_T *list = decode_movies(wire(1, movie("TV-1")));
-    EXPECT_EQ("编码后信息长度为" + std::to_string(4 + movie("TV-1").size()) + "\n", said_by([&] {
-                  EXPECT_EQ(wire(1, movie("TV-1")), encoded(ENCODE_TRANSFER, list)); // as peers send it
-              }));
     for (const char *code : {"TV-22", "TV-333"}) {
         add_node_to_tp_tavisys_dbdata_movie_information_list(&list, decode_movies(wire(1, movie(code))));
         add_node_to_tp_tavisys_dbdata_movie_information_list(
@@ -340,7 +331,8 @@ TEST_F(Transfer, SeveralMoviesOverlapUnlessTheyArePacked) {
     overlapping.replace(4 + VIDEOS.size(), std::string::npos, movie("TV-22"));
     overlapping.replace(4 + 2 * VIDEOS.size(), std::string::npos, movie("TV-333"));
     overlapping.resize(packed.size(), '\0');
-    EXPECT_NE("", said_by([&] { EXPECT_EQ(overlapping, encoded(ENCODE_TRANSFER, list)); }));
+    EXPECT_EQ("编码后信息长度为" + std::to_string(packed.size()) + "\n",
+              said_by([&] { EXPECT_EQ(overlapping, encoded(ENCODE_TRANSFER, list)); }));
     EXPECT_EQ(nullptr, decode_movies(overlapping));
     EXPECT_EQ("", said_by([&] { EXPECT_EQ(packed, encoded(ENCODE_PACKED, list)); }));
     delete_tp_tavisys_dbdata_movie_information_list(&list);
@@ -508,9 +500,9 @@ TEST_F(Storage, OfANameThatRepeatsTheFirstIsKeptAndTheRestReleased) {
     }
 }
 
-// Sorting takes some log2(MANY) comparisons for each name, comparing each with each MANY / 2.
-TEST_F(Storage, DroppingRepeatsTakesFewComparisonsWhateverTheNamesAre) {
-    constexpr int MANY = 2000;
+// Comparing each name with each would make this run for minutes.
+TEST_F(Storage, DroppingRepeatsTakesNoTimeWhateverTheNamesAre) {
+    constexpr int MANY = 50000;
     for (int kinds : {MANY, 1, 9}) {
         std::string disks = wire(MANY);
         std::string partitions = wire(1, "sda", "SN", MANY);
@@ -521,10 +513,7 @@ TEST_F(Storage, DroppingRepeatsTakesFewComparisonsWhateverTheNamesAre) {
         }
         for (const std::string &body : {disks, partitions}) {
             DISKS_T *list = nullptr;
-            const long before = string_comparisons();
             EXPECT_EQ(size_of(body), DECODE_DISKS(body.data(), size_of(body), &list));
-            EXPECT_LT(before + MANY, string_comparisons());
-            EXPECT_GT(before + 50 * MANY, string_comparisons());
             RELEASE_DISKS(&list);
         }
     }

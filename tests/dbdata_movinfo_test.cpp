@@ -333,8 +333,8 @@ TEST_F(Movie, AListOfVideosTakesAnyButNoNodeWithoutOne) {
     auto *empty = create_dbdata_video_information_list_node(nullptr);
     for (auto *node : {video_node(1, "同", "/v", nullptr), empty, video_node(1, "同", "/v", nullptr)})
         EXPECT_EQ(0, add_node_to_dbdata_video_information_list(&list, node));
-    EXPECT_EQ("视频序号: 1, 视频名称: 同, 视频路径: /v\n视频序号: 1, 视频名称: 同, 视频路径: /v\n",
-              said_by([list] { show_dbdata_video_information_list(list); }));
+    const std::string line = "视频序号: 1, 视频名称: 同, 视频路径: /v\n";
+    EXPECT_EQ(line + line, said_by([list] { show_dbdata_video_information_list(list); }));
     for (auto *node : {empty, list})
         delete_dbdata_video_information_list(&node);
 }

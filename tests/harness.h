@@ -1,5 +1,5 @@
 // What the tests of the library share. harness.cpp receives the library's log lines in place of zlog;
-// allocations.cpp counts the library's allocations and comparisons and makes allocations fail (programs of
+// allocations.cpp counts the library's allocations and makes them fail (programs of
 // the STATIC kind).
 #ifndef TAVISYS_TESTS_HARNESS_H
 #define TAVISYS_TESTS_HARNESS_H
@@ -25,7 +25,7 @@ std::string logged(const std::string &file = "");
 // What a call says on standard output, lines of the source as "[]" and addresses as "0x".
 std::string said_by(const std::function<void()> &call);
 
-// ---- Work of the library: calloc, malloc, realloc, strdup and strcmp
+// ---- The library's allocations
 
 // Makes the nth allocation from now on fail, and only that one; 0 lets all succeed.
 void fail_nth_allocation(int nth);
@@ -34,11 +34,7 @@ bool an_allocation_failed();
 long live_allocations();
 // What has been asked for since the last call of forget_allocations().
 size_t bytes_allocated();
-size_t largest_allocation();
 void forget_allocations();
-
-// How often strings have been compared, which tells what a search costs.
-long string_comparisons();
 
 // Makes each allocation of a call fail in turn, until the call comes through without a failure. One that
 // fails has to say so and to leave nothing behind. Returns how many allocations there were.

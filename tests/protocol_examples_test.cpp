@@ -87,9 +87,6 @@ const std::map<std::string, const char *> BODIES = { // and their families
 std::string body_of(const std::string &message) {
     return message.substr(HEAD);
 }
-std::string request_of(const EXAMPLE_T &each) {
-    return each.request != nullptr ? shown(each.request) : message(each.type, 0, "asks");
-}
 
 // A body that is a family's becomes a record that becomes the body.
 void expect_way_back(const std::string &body, const char *name) {
@@ -143,7 +140,7 @@ TEST(ProtocolExamples, EveryBlockOfTheDocumentIsHeldAgainstTheLibrary) {
 TEST(ProtocolExamples, AClientAndAServerSendWhatIsShownAndReadIt) {
     for (const EXAMPLE_T &each : EXAMPLES) {
         SCOPED_TRACE(each.reply);
-        expected_request = request_of(each);
+        expected_request = each.request != nullptr ? shown(each.request) : message(each.type, 0, "asks");
         reply_body = body_of(shown(each.reply));
         reply_result = each.result;
         const std::string question = body_of(expected_request);

@@ -5,7 +5,6 @@
 
 #include "dbdata_host.h"
 #include "dbdata_sharedir.h"
-#include "dbdata_version.h"
 #include "harness.h"
 #include "support_memory.h"
 
