@@ -174,7 +174,7 @@ void measure(benchmark::State &state, const REQUESTS_OF_KIND &requests, OURS our
         at += TURN;
         state.SetIterationTime(between - begun);
     }
-    const double scale = 1e6 / static_cast<double>(state.iterations() * TURN);
+    const double scale = 1e6 / static_cast<double>(static_cast<size_t>(state.iterations()) * TURN);
     state.counters["us"] = spent * scale;
     state.counters["sqlite_us"] = spent_by_sqlite * scale;
     state.counters["ratio"] = spent_by_sqlite / spent;

@@ -28,6 +28,20 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tavisys.pc DESTINATION ${CMAKE_INSTALL
 
 if(TAVISYS_BUILD_PROGRAMS)
   install(FILES packaging/tavisys-server.service DESTINATION lib/systemd/system COMPONENT server)
+  # Where it is read from when the tree is the system's own; any other tree keeps it within.
+  install(CODE "set(configuration \"${CMAKE_CURRENT_SOURCE_DIR}/packaging/tavisys-server.toml\")" COMPONENT server)
+  install(CODE [[
+    set(folder /etc/tavisys)
+    if(NOT CMAKE_INSTALL_PREFIX STREQUAL /usr)
+      string(PREPEND folder "${CMAKE_INSTALL_PREFIX}")
+    endif()
+    file(INSTALL ${configuration} DESTINATION ${folder})
+  ]] COMPONENT server)
+  # Where the shells of Debian look for what packages bring; from a tree elsewhere they are sourced.
+  install(FILES packaging/completions/tavisys.bash DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
+          RENAME tavisys COMPONENT client)
+  install(FILES packaging/completions/_tavisys DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions
+          COMPONENT client)
 endif()
 
 # Manual pages, where there is Doxygen to make them of the headers.

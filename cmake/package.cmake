@@ -37,6 +37,10 @@ endfunction()
 
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIB_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/triggers)
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/conffiles "/etc/tavisys/tavisys-server.toml\n")
+set(server_scripts ${CMAKE_CURRENT_SOURCE_DIR}/packaging/server)
+set(CPACK_DEBIAN_SERVER_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/conffiles ${server_scripts}/postinst
+    ${server_scripts}/prerm ${server_scripts}/postrm)
 # Without a time inside, so that the same sources make the same packages.
 configure_file(packaging/changelog.in changelog.Debian @ONLY)
 execute_process(COMMAND gzip -9 -n -f -k ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian COMMAND_ERROR_IS_FATAL ANY)

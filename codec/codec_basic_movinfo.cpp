@@ -83,11 +83,7 @@ bool encode_page_list(WRITER_T &to, const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIS
                        static_cast<const void *>(list), static_cast<const void *>(to.at()));
         return false;
     }
-    if (!to.integer(count_records<MOVIE>(list))) {
-        TAVISYS_LOG_AS(function, ZLOG_LEVEL_WARN, "failed to encode_int_data_to_buffer");
-        return false;
-    }
-    if (!encode_records<MOVIE>(to, list, EMPTY_NODE_T::SKIPPED)) {
+    if (!encode_list<MOVIE>(to, list, EMPTY_NODE_T::SKIPPED)) {
         TAVISYS_LOG_AS(function, ZLOG_LEVEL_WARN,
                        "failed to encode_tavisys_basic_movie_information_to_buffer");
         return false;
@@ -100,12 +96,21 @@ RTSTATUS encode_page(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *info, PVOID
                      const PAGE_FUNCTIONS_T &functions) {
     if (!are_given(functions.page, info, msgdata, msglen))
         return -1;
-    const auto fill = [&](WRITER_T &to) {
+    const LOGGED_T say{functions.page, "出错.."};
+    FAULT_T fault{};
+    const auto fill = [&](WRITER_T &to) { return encode<PAGE_WIRE<MOVIE>>(to, *info); };
+    if (encode_in_one_walk(msgdata, msglen, fill, &fault) == 0)
+        return 0;
+    if (fault == FAULT_T::MEMORY) {
+        say(fault, 0);
+        return -1;
+    }
+    // Once more, step by step, for the lines that say what it failed at.
+    const auto fill_saying = [&](WRITER_T &to) {
         return encode<PAGE_NUMBERS_WIRE>(to, info->pageinfo) &&
                encode_page_list<MOVIE>(to, info->list, functions.list);
     };
-    return encode_to_message(length_of<PAGE_WIRE<MOVIE>>(*info), msgdata, msglen, fill,
-                             LOGGED_T{functions.page, "出错.."});
+    return encode_to_message(length_of<PAGE_WIRE<MOVIE>>(*info), msgdata, msglen, fill_saying, say);
 }
 
 // Integers only: the smallest encoding is the only one.
@@ -171,27 +176,17 @@ bool has_code(const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node, const INT8_
 
 } // namespace
 
-// The engine frees ids records through the delete below, so that array and record are known here alone.
 BASIC_MOVIE_IDS_T *create_tavisys_basic_movie_ids_information(INT32_T number) {
-    if (number < 1)
-        return nullptr;
-    auto *values = static_cast<INT32_T *>(calloc(static_cast<size_t>(number), sizeof(INT32_T)));
-    if (values == nullptr)
-        return nullptr;
-    auto *info = allocate<BASIC_MOVIE_IDS_T>();
-    if (info == nullptr) {
-        free(values);
-        return nullptr;
-    }
-    *info = {number, values};
+    BASIC_MOVIE_IDS_T *info = number < 1 ? nullptr : new_ids(number);
+    if (info != nullptr)
+        std::fill_n(info->ids, number, 0);
     return info;
 }
 
 void delete_tavisys_basic_movie_ids_information(BASIC_MOVIE_IDS_T **info) {
-    if (info == nullptr || *info == nullptr)
+    if (info == nullptr)
         return;
-    free((*info)->ids);
-    free(*info);
+    delete_ids(*info);
     *info = nullptr;
 }
 

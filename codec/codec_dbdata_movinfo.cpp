@@ -37,7 +37,7 @@ struct TRANSFER_VIDEO_WIRE {
 };
 
 // A list that has to be there, even if its nodes have no record; that it isn't is said on standard output.
-// A body has exactly the room that its content takes, so nothing else can keep a movie from being encoded.
+// Where room can't grow, the failure isn't the list's, and nothing is said.
 template <class LIST>
 struct REQUIRED_T : LIST {
     const char *step;  // which step of a movie the line says to have failed
@@ -80,6 +80,8 @@ bool encode_field(WRITER_T &to, const MOVIE_WIRE::RECORD &from, REQUIRED_T<LIST>
     const INT8_T *at = to.at();
     if (encode_field(to, from, list))
         return true;
+    if (to.is_stuck())
+        return false;
     if (field.says_pointer)
         printf("输入的参数无效 , list=%p,messgae=%p\n", static_cast<const void *>(from.*list.member),
                static_cast<const void *>(at));

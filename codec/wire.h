@@ -41,6 +41,7 @@
 #include <tuple>
 #include <type_traits>
 
+#include "codec/cursor.h"
 #include "codec_basic_movinfo.h"
 #include "support/codec_primitive.h"
 #include "support/distinct.h"
@@ -237,56 +238,30 @@ int64_t length_of(const typename WIRE::RECORD &record) {
     return std::apply([&](auto... field) { return (field_length(record, field) + ...); }, WIRE::FIELDS);
 }
 
-// A place in a body: what lies behind it is passed, and so much is left. Negative counts are failures.
-template <class BYTE>
-class CURSOR_T {
-public:
-    CURSOR_T(BYTE *start, INT32_T length) : start_(start), at_(start), left_(length) {}
-    bool advance(INT32_T count) {
-        if (count < 0)
-            return false;
-        at_ += count;
-        left_ -= count;
-        return true;
-    }
-    BYTE *at() const { return at_; }
-    INT32_T left() const { return left_; }
-    INT32_T passed() const { return static_cast<INT32_T>(at_ - start_); }
-
-private:
-    BYTE *start_;
-    BYTE *at_;
-    INT32_T left_;
-};
-
 // ---- Encoding
-
-class WRITER_T : public CURSOR_T<INT8_T> {
-public:
-    WRITER_T(void *to, INT32_T length) : CURSOR_T(static_cast<INT8_T *>(to), length) {}
-    bool integer(INT32_T value) { return advance(encode_integer(value, at(), left())); }
-    bool string(const INT8_T *value) { return advance(encode_string(value, at(), left())); }
-    bool skip(INT32_T count) { return advance(count <= left() ? count : -1); }
-};
 
 template <class WIRE>
 bool encode(WRITER_T &to, const typename WIRE::RECORD &record);
 
+// The count is written when it is known: a list is walked once.
 template <class WIRE, class NODE>
-bool encode_records(WRITER_T &to, const NODE *list, EMPTY_NODE_T empty_node) {
+bool encode_list(WRITER_T &to, const NODE *list, EMPTY_NODE_T empty_node) {
+    const INT32_T count_at = to.passed();
+    if (list == nullptr || !to.integer(0))
+        return false;
+    INT32_T count = 0;
     for (const NODE *node = list; node != nullptr; node = next_of(node)) {
         const auto *info = record_of<WIRE>(node);
         if (info == nullptr && empty_node == EMPTY_NODE_T::REFUSED)
             return false;
-        if (info != nullptr && !encode<WIRE>(to, *info))
+        if (info == nullptr)
+            continue;
+        if (!encode<WIRE>(to, *info))
             return false;
+        count++;
     }
+    to.rewrite_integer(count_at, count);
     return true;
-}
-template <class WIRE, class NODE>
-bool encode_list(WRITER_T &to, const NODE *list, EMPTY_NODE_T empty_node) {
-    return list != nullptr && to.integer(count_records<WIRE>(list)) &&
-           encode_records<WIRE>(to, list, empty_node);
 }
 template <class WIRE>
 bool encode_optional(WRITER_T &to, const typename WIRE::RECORD *info, PRESENCE_T presence) {
@@ -325,12 +300,9 @@ template <class RECORD>
 bool encode_field(WRITER_T &to, const RECORD &from, IDS_T<RECORD> field) {
     const BASIC_MOVIE_IDS_T *values = from.*field.member;
     const INT32_T count = values == nullptr ? 0 : values->num;
-    if (count < 0 || (count > 0 && values->ids == nullptr) || !to.integer(count))
+    if (count < 0 || (count > 0 && values->ids == nullptr))
         return false;
-    for (INT32_T i = 0; i < count; i++)
-        if (!to.integer(values->ids[i]))
-            return false;
-    return true;
+    return to.integer(count) && (count == 0 || to.integers(values->ids, count));
 }
 template <class WIRE, class RECORD, class NODE>
 bool encode_field(WRITER_T &to, const RECORD &from, LIST_T<WIRE, RECORD, NODE> field) {
@@ -342,6 +314,28 @@ bool encode_field(WRITER_T &to, const RECORD &from, LIST_T<WIRE, RECORD, NODE> f
 template <class WIRE>
 bool encode(WRITER_T &to, const typename WIRE::RECORD &record) {
     return std::apply([&](auto... field) { return (encode_field(to, record, field) && ...); }, WIRE::FIELDS);
+}
+
+// ---- Ids records
+
+// A record with room for so many ids, at least one, that are still to be written; or NULL.
+inline BASIC_MOVIE_IDS_T *new_ids(INT32_T count) {
+    auto *values = static_cast<INT32_T *>(malloc(static_cast<size_t>(count) * sizeof(INT32_T)));
+    if (values == nullptr)
+        return nullptr;
+    auto *info = allocate<BASIC_MOVIE_IDS_T>();
+    if (info == nullptr) {
+        free(values);
+        return nullptr;
+    }
+    *info = {count, values};
+    return info;
+}
+inline void delete_ids(BASIC_MOVIE_IDS_T *info) {
+    if (info == nullptr)
+        return;
+    free(info->ids);
+    free(info);
 }
 
 // ---- Delete. WHOLE frees all that a record owns; otherwise its labels stay, as the family's own delete
@@ -364,8 +358,8 @@ void delete_list_node(NODE **node) {
     *node = nullptr;
 }
 template <class WIRE, bool WHOLE = false, class NODE>
-void delete_list(NODE **list) {
-    delete_nodes(list, delete_list_node<WIRE, WHOLE, NODE>);
+[[gnu::flatten]] void delete_list(NODE **list) {
+    delete_nodes(list, [](NODE **node) { delete_list_node<WIRE, WHOLE>(node); });
 }
 
 template <bool WHOLE, class RECORD, class VALUE>
@@ -395,8 +389,7 @@ void free_field(const RECORD &of, OPTIONAL_T<WIRE, RECORD> field) {
 }
 template <bool WHOLE, class RECORD>
 void free_field(const RECORD &of, IDS_T<RECORD> field) {
-    auto *values = of.*field.member;
-    delete_tavisys_basic_movie_ids_information(&values);
+    delete_ids(of.*field.member);
 }
 template <bool WHOLE, class WIRE, class RECORD, class NODE>
 void free_field(const RECORD &of, LIST_T<WIRE, RECORD, NODE> field) {
@@ -428,13 +421,6 @@ auto node_for(typename WIRE::RECORD *fresh, MAKE make) {
 }
 
 // ---- Decoding. What a failed decode has built is freed whole: nobody else can reach it.
-
-class READER_T : public CURSOR_T<const INT8_T> {
-public:
-    READER_T(const void *from, INT32_T length) : CURSOR_T(static_cast<const INT8_T *>(from), length) {}
-    bool integer(INT32_T *value) { return advance(decode_integer(at(), left(), value)); }
-    bool string(INT8_T **value) { return advance(decode_string(at(), left(), value)); }
-};
 
 template <class WIRE>
 bool decode(READER_T &from, typename WIRE::RECORD &record);
@@ -542,14 +528,9 @@ bool decode_field(READER_T &from, RECORD &to, IDS_T<RECORD> field) {
         return false;
     if (count == 0)
         return true;
-    BASIC_MOVIE_IDS_T *values = create_tavisys_basic_movie_ids_information(count);
+    BASIC_MOVIE_IDS_T *values = new_ids(count);
     to.*field.member = values; // the record owns them from here on
-    if (values == nullptr)
-        return false;
-    for (INT32_T i = 0; i < count; i++)
-        if (!from.integer(&values->ids[i]))
-            return false;
-    return true;
+    return values != nullptr && from.integers(values->ids, count);
 }
 template <class WIRE, class RECORD, class NODE>
 bool decode_field(READER_T &from, RECORD &to, LIST_T<WIRE, RECORD, NODE> field) {
@@ -564,8 +545,6 @@ bool decode(READER_T &from, typename WIRE::RECORD &record) {
 
 // ---- What the exported functions are made of
 
-// Why a body wasn't encoded: for families that say so.
-enum class FAULT_T { LENGTH, MEMORY, CONTENT };
 struct SILENT_T {
     void operator()(FAULT_T, int64_t) const {}
 };
@@ -593,24 +572,47 @@ RTSTATUS encode_to_message(int64_t length, PVOID *msgdata, INT32_T *msglen, FILL
     return 0;
 }
 
+// As encode_to_message(), without a walk over the records beforehand for the length. Every byte of the body
+// has to be written, and in order. Flattened, all records of a body are written by one function, and the
+// writer stays in registers: that is a tenth of the time.
+template <class FILL>
+[[gnu::flatten]] RTSTATUS encode_in_one_walk(PVOID *msgdata, INT32_T *msglen, FILL fill,
+                                             FAULT_T *fault = nullptr) {
+    GROWING_ROOM_T room;
+    WRITER_T to(room);
+    OWNED_BODY_T body;
+    const bool is_whole = fill(to);
+    if (is_whole)
+        body = room.take(to);
+    if (body == nullptr) {
+        if (fault != nullptr)
+            *fault = is_whole ? FAULT_T::MEMORY : room.fault();
+        return -1;
+    }
+    *msgdata = body.release();
+    *msglen = to.passed();
+    return 0;
+}
+
 template <class WIRE>
 RTSTATUS encode_record_to_message(const typename WIRE::RECORD *info, PVOID *msgdata, INT32_T *msglen) {
     if (info == nullptr || msgdata == nullptr || msglen == nullptr)
         return -1;
-    return encode_to_message(length_of<WIRE>(*info), msgdata, msglen,
-                             [&](WRITER_T &to) { return encode<WIRE>(to, *info); });
+    return encode_in_one_walk(msgdata, msglen, [&](WRITER_T &to) { return encode<WIRE>(to, *info); });
 }
 
 template <class WIRE, class NODE>
 RTSTATUS encode_list_to_message(const NODE *list, EMPTY_NODE_T empty_node, PVOID *msgdata, INT32_T *msglen) {
     if (list == nullptr || msgdata == nullptr || msglen == nullptr)
         return -1;
-    return encode_to_message(list_length<WIRE>(list), msgdata, msglen,
-                             [&](WRITER_T &to) { return encode_list<WIRE>(to, list, empty_node); });
+    return encode_in_one_walk(msgdata, msglen,
+                              [&](WRITER_T &to) { return encode_list<WIRE>(to, list, empty_node); });
 }
 
+// The decoders, too, are flattened: a reader that no other function knows of stays in registers.
 template <class WIRE>
-INT32_T decode_record_from_message(const void *message, INT32_T length, typename WIRE::RECORD **info) {
+[[gnu::flatten]] INT32_T decode_record_from_message(const void *message, INT32_T length,
+                                                    typename WIRE::RECORD **info) {
     if (message == nullptr || info == nullptr)
         return -1;
     READER_T from(message, length);
@@ -622,7 +624,7 @@ INT32_T decode_record_from_message(const void *message, INT32_T length, typename
 }
 
 template <class WIRE, class NODE>
-INT32_T decode_list_from_message(const void *message, INT32_T length, NODE **list) {
+[[gnu::flatten]] INT32_T decode_list_from_message(const void *message, INT32_T length, NODE **list) {
     if (message == nullptr || list == nullptr)
         return -1;
     READER_T from(message, length);

@@ -182,10 +182,12 @@ TAVISYS_API RTSTATUS encode_tavisys_basic_movie_information_to_part(
 
 /** Put a page together, in a fresh body, which the caller frees with safe_free(): the same that
  *  encode_tavisys_basic_movie_ext_information_to_message() makes of the records. No movies make an empty
- * page.
- *  @param pageinfo [in] the page's numbers; `replymovies` is the number of parts.
- *  @param index    [in] of the first movie; each further one has the next.
- *  @param parts    [in] of the movies; read only. May be NULL where there are none.
+ *  page.
+ *  @param pageinfo [in]  the page's numbers; `replymovies` is the number of parts.
+ *  @param index    [in]  of the first movie; each further one has the next.
+ *  @param parts    [in]  of the movies; read only. May be NULL where there are none.
+ *  @param msgdata  [out] receives the body.
+ *  @param msglen   [out] receives the bytes in the body.
  *  @return 0, or -1 with the out-arguments untouched: NULL argument, a negative number of parts, a part that
  *          is NULL or too short for one, a page too long to travel, memory short. */
 TAVISYS_API RTSTATUS encode_tavisys_basic_movie_parts_to_message(const TP_PAGE_INFORMATION *pageinfo,

@@ -4,7 +4,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-scripts/packages.sh g++ cmake ninja-build pkgconf libxml2-dev libmount-dev libudev-dev libcli11-dev nlohmann-json3-dev
+scripts/packages.sh programs
 echo "building ..."
 log=$(mktemp)
 copy=build/demo/fetched
@@ -30,6 +30,7 @@ trap 'exit 130' INT TERM
     exit 1
 }
 
+export LC_ALL=C.UTF-8 # Chinese, whatever the user's language: as README.md shows it
 PATH=$PWD/build/demo/apps/server:$PWD/build/demo/apps/client:$PATH
 show() {
     printf '\n$ %s\n' "$*"
@@ -53,17 +54,11 @@ done
 
 show tavisys status --watch
 grep -o '跳过影片.*' "$log" | sed "s|$PWD/||"
-show tavisys version
-show tavisys info
 show tavisys categories
-show tavisys filters 电影 kind
-show tavisys movies --category 电影 --order score --size 10
-show tavisys movies --area 香港 --order publish
-first=$(tavisys movies --category 电视剧 --order score --size 1 --json | grep -o '"movid": *[0-9]*' | grep -o '[0-9]*')
-show tavisys movie 电视剧 "$first"
-show tavisys poster
-show tavisys disks 127.0.0.1 | sed "s|$PWD/||"
-show tavisys fetch 127.0.0.1 sda sda1 --out "$copy"
+show tavisys movies --category 电影 --order score --size 5
+show tavisys movies --category 电影 --area 香港 --kind 犯罪 --order publish
+show tavisys disks | sed "s|$PWD/||"
+show tavisys fetch sda sda1 --out "$copy"
 printf '\n$ kill %%1\n'
 kill "$server"
 wait "$server" || true

@@ -2,8 +2,7 @@
 # Builds a release and makes the Debian packages of it: build/packages/*.deb. Usage: scripts/package.sh
 set -eu
 cd "$(dirname "$0")/.."
-scripts/packages.sh g++ cmake ninja-build pkgconf libxml2-dev libmount-dev libudev-dev libcli11-dev \
-    nlohmann-json3-dev dpkg-dev file doxygen lintian
+scripts/packages.sh programs dpkg-dev file doxygen lintian
 out=build/packages
 cmake -S . -B build/package -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
     -DTAVISYS_BUILD_TESTS=OFF >/dev/null

@@ -1,6 +1,15 @@
 #!/bin/sh
 # Installs those of the named Debian packages that are missing. Usage: scripts/packages.sh PACKAGE...
+# "programs" stands for those that library, server and client are built with.
 set -eu
+programs="g++ cmake ninja-build pkgconf libxml2-dev libmount-dev libudev-dev libsystemd-dev libcli11-dev
+    libtomlplusplus-dev nlohmann-json3-dev"
+if [ "${1-}" = programs ]; then
+    shift
+    # Words of $programs are package names: they are to be split.
+    # shellcheck disable=SC2086
+    set -- $programs "$@"
+fi
 missing=
 for package in "$@"; do
     case $(dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null || true) in

@@ -7,8 +7,7 @@ set -eu
 cd "$(dirname "$0")/.."
 seconds=${1:-600}
 
-scripts/packages.sh g++ cmake ninja-build pkgconf libxml2-dev libmount-dev libudev-dev libcli11-dev libgtest-dev \
-    libbenchmark-dev nlohmann-json3-dev python3 iproute2
+scripts/packages.sh programs libgtest-dev libbenchmark-dev python3 iproute2
 cmake --preset release >/dev/null
 cmake --build --preset release --target load hostile -- --quiet
 

@@ -7,14 +7,14 @@
 #   - the fuzz targets: their corpora, and each for 10 seconds
 #   - the reference of the headers: nothing may be undocumented
 #   - clang-format and clang-tidy
+#   - the instructions that the main paths take, which must not have grown: scripts/bench.sh --check
 # TAVISYS_DATA=DIR names a folder of generated movie documents for the tests on large input.
 # Usage: scripts/test.sh
 set -eu
 cd "$(dirname "$0")/.."
 
-scripts/packages.sh g++ clang clang-format clang-tidy cmake ninja-build pkgconf libxml2-dev libmount-dev \
-    libudev-dev libcli11-dev nlohmann-json3-dev libgtest-dev libbenchmark-dev python3 binutils iproute2 tshark \
-    dpkg-dev file lintian abigail-tools doxygen
+scripts/packages.sh programs clang clang-format clang-tidy libgtest-dev libbenchmark-dev python3 binutils iproute2 \
+    tshark dpkg-dev file lintian abigail-tools doxygen valgrind zsh
 
 step() { printf '\n== %s\n' "$*"; }
 
@@ -51,4 +51,6 @@ scripts/reference.sh
 step "clang-tidy"
 git ls-files 'support/*.cpp' 'comm/*.cpp' 'codec/*.cpp' 'dbdata_*/*.cpp' 'utils/*.cpp' 'agent/*.cpp' 'apps/*.cpp' |
     xargs -n 4 -P "$(nproc)" clang-tidy --quiet -p build/clang
+step "instruction counts"
+scripts/bench.sh --check
 step "all passed"

@@ -11,6 +11,26 @@
 
 namespace tavisys {
 
+// safe_strcmp() < 0, without a call for keys that differ in their first bytes.
+inline bool is_smaller(const INT8_T *left, const INT8_T *right) {
+    if (left == nullptr || right == nullptr)
+        return left == nullptr && right != nullptr;
+    for (; *left != '\0' && *left == *right; left++)
+        right++;
+    return static_cast<unsigned char>(*left) < static_cast<unsigned char>(*right);
+}
+
+// Whether each key is behind the one before: how servers send their lists, and no key repeats then.
+template <class NODE, class KEY>
+bool is_ascending(const NODE *list, KEY key) {
+    if (list == nullptr)
+        return true;
+    for (const NODE *node = list; node->next != nullptr; node = next_of(node))
+        if (!is_smaller(key(node), key(next_of(node))))
+            return false;
+    return true;
+}
+
 // Keeps of each key the node that stands first, in the order of the list, and deletes the others. `count`
 // is the number of nodes. False, with nothing changed, when memory is short.
 //
@@ -22,7 +42,7 @@ bool drop_repeats(NODE **list, INT32_T count, KEY key, DELETE_NODE delete_node) 
         NODE *node;
         INT32_T position;
     };
-    if (count < 2)
+    if (is_ascending(*list, key))
         return true;
     const auto size = static_cast<size_t>(count);
     const std::unique_ptr<PLACE_T, FREE_T> owner(static_cast<PLACE_T *>(calloc(size, sizeof(PLACE_T))));

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <type_traits>
 
+#include "support/owner.h"
 #include "tavisystype.h"
 
 namespace tavisys {
@@ -133,7 +134,7 @@ inline void print_allocation_failure(size_t size) {
 // A zeroed node, or NULL with a line.
 template <class NODE>
 NODE *allocate_node() {
-    auto *node = static_cast<NODE *>(calloc(1, sizeof(NODE)));
+    auto *node = allocate<NODE>();
     if (node == nullptr)
         print_allocation_failure(sizeof(NODE));
     return node;

@@ -1,9 +1,13 @@
-// Owners for what comes from calloc(): freed on every return that does not release it.
+// Owners for what comes from malloc(): freed on every return that does not release it.
 #ifndef TAVISYS_SUPPORT_OWNER_H
 #define TAVISYS_SUPPORT_OWNER_H
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <memory>
+#include <new>
+#include <type_traits>
 
 #include "support_memory.h"
 
@@ -26,9 +30,25 @@ struct DELETE_WITH_T {
 template <class RECORD, auto DELETE>
 using OWNED_T = std::unique_ptr<RECORD, DELETE_WITH_T<DELETE>>;
 
+// Clears with plain stores. As one piece, GCC clears what is longer than 64 bytes with a string instruction,
+// which takes longer than malloc() does.
+template <size_t SIZE>
+void clear(unsigned char *at) {
+    constexpr size_t PIECE = 64;
+    new (at) std::array<unsigned char, std::min(SIZE, PIECE)>{};
+    if constexpr (SIZE > PIECE)
+        clear<SIZE - PIECE>(at + PIECE);
+}
+
+// A zeroed record, the gaps between its fields included. From malloc(): calloc() of the C library passes over
+// the blocks that the thread has just freed and takes twice as long.
 template <class RECORD>
 RECORD *allocate() {
-    return static_cast<RECORD *>(calloc(1, sizeof(RECORD)));
+    static_assert(std::is_trivially_copyable_v<RECORD>);
+    void *memory = malloc(sizeof(RECORD));
+    if (memory != nullptr)
+        clear<sizeof(RECORD)>(static_cast<unsigned char *>(memory));
+    return static_cast<RECORD *>(memory);
 }
 
 // Fills a record's field with a copy; false, also for NULL, when there is none.

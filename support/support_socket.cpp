@@ -5,10 +5,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -56,17 +56,17 @@ void send_without_delay(int sock) {
     setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 }
 
-// Waits until the socket is ready. False when the time is up or poll fails.
-bool wait_for(int sock, short events, const DEADLINE_T &deadline) {
+// Waits until the socket is ready. Returns the events that poll tells, 0 when the time is up or poll fails.
+short wait_for(int sock, short events, const DEADLINE_T &deadline) {
     pollfd entry{sock, events, 0};
     for (;;) {
         const int ready = poll(&entry, 1, deadline.wait_ms());
         if (ready > 0)
-            return true;
+            return entry.revents;
         if (ready == 0)
             errno = ETIMEDOUT;
         if (ready == 0 || errno != EINTR)
-            return false;
+            return 0;
     }
 }
 
@@ -78,8 +78,9 @@ bool is_for_later(int error) {
 bool finish_connect(int sock) {
     if (errno != EINPROGRESS && errno != EINTR)
         return false;
-    if (!wait_for(sock, POLLOUT, DEADLINE_T(CONNECT_TIMEOUT)))
-        return false;
+    const short events = wait_for(sock, POLLOUT, DEADLINE_T(CONNECT_TIMEOUT));
+    if (events == 0 || events == POLLOUT) // a connect that failed is told as an error, too
+        return events != 0;
     int error = 0;
     socklen_t size = sizeof error;
     if (getsockopt(sock, SOL_SOCKET, SO_ERROR, &error, &size) < 0)
@@ -108,8 +109,8 @@ bool concerns_one_connection(int error) {
 }
 
 bool make_blocking(int sock) {
-    const int flags = fcntl(sock, F_GETFL);
-    return flags >= 0 && fcntl(sock, F_SETFL, flags & ~O_NONBLOCK) == 0;
+    int nonblocking = 0;
+    return ioctl(sock, FIONBIO, &nonblocking) == 0;
 }
 
 // Steps over what has been sent; returns the pieces that are left.
@@ -142,7 +143,7 @@ int64_t tavisys::receive_bytes(int sock, void *buffer, size_t length, DEADLINE_T
             return static_cast<int64_t>(received);
         if (errno == EINTR)
             continue;
-        if (!is_for_later(errno) || !wait_for(sock, POLLIN, deadline))
+        if (!is_for_later(errno) || wait_for(sock, POLLIN, deadline) == 0)
             break;
     }
     return received > 0 ? static_cast<int64_t>(received) : -1;
@@ -193,7 +194,7 @@ int64_t tavisys::send_pieces(int sock, iovec *pieces, size_t count) {
         }
         if (errno == EINTR)
             continue;
-        if (!is_for_later(errno) || !wait_for(sock, POLLOUT, deadline))
+        if (!is_for_later(errno) || wait_for(sock, POLLOUT, deadline) == 0)
             break;
     }
     return static_cast<int64_t>(sent);

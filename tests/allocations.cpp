@@ -1,4 +1,4 @@
-// The library's allocations and comparisons, by way of the linker's --wrap: operator new, which the test
+// The library's allocations, by way of the linker's --wrap: operator new, which the test
 // program and GoogleTest use, is not touched.
 #include <atomic>
 #include <cerrno>
@@ -12,14 +12,9 @@ std::atomic<int> s_until_failure{0};
 std::atomic<bool> s_failed{false};
 std::atomic<long> s_live{0};
 std::atomic<size_t> s_bytes{0};
-std::atomic<size_t> s_largest{0};
-std::atomic<long> s_comparisons{0};
 
 bool is_refused(size_t size) {
     s_bytes += size;
-    size_t largest = s_largest;
-    while (size > largest && !s_largest.compare_exchange_weak(largest, size)) {
-    }
     if (s_until_failure == 0 || --s_until_failure != 0)
         return false;
     s_failed = true;
@@ -53,17 +48,8 @@ size_t harness::bytes_allocated() {
     return s_bytes;
 }
 
-size_t harness::largest_allocation() {
-    return s_largest;
-}
-
-long harness::string_comparisons() {
-    return s_comparisons;
-}
-
 void harness::forget_allocations() {
     s_bytes = 0;
-    s_largest = 0;
 }
 
 extern "C" {
@@ -73,7 +59,6 @@ void *__real_malloc(size_t size);
 void *__real_realloc(void *pointer, size_t size);
 char *__real_strdup(const char *string);
 void __real_free(void *pointer);
-int __real_strcmp(const char *left, const char *right);
 
 void *__wrap_calloc(size_t count, size_t size) {
     return is_refused(count * size) ? nullptr : counted(__real_calloc(count, size));
@@ -97,10 +82,5 @@ char *__wrap_strdup(const char *string) {
 void __wrap_free(void *pointer) {
     s_live -= pointer != nullptr ? 1 : 0;
     __real_free(pointer);
-}
-
-int __wrap_strcmp(const char *left, const char *right) {
-    s_comparisons++;
-    return __real_strcmp(left, right);
 }
 }

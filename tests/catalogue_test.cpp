@@ -154,7 +154,7 @@ TEST(Catalogue, PageBodiesAreWhatTheEncodersMakeOfTheirMovies) {
             ASSERT_EQ(length, decode(body, length, &decoded));
             EXPECT_EQ(3, decoded->pageinfo.totalpages);
             size_t at = 0;
-            harness::for_each(decoded->list, [&](const auto &movie) {
+            harness::for_each(decoded->list, [&, form = form](const auto &movie) {
                 const MOVIE_T &wanted = *catalogue.movies()[page.positions[at++]];
                 const bool on_first_disk = atoi(wanted.record->info->movie_code + 1) < 20;
                 EXPECT_EQ(wanted.record->id, movie.movid);

@@ -1,4 +1,5 @@
-// The TRLV channel over socket pairs and loopback sockets. The peers are threads that speak raw bytes;
+// The channels over socket pairs and loopback sockets: what costs time, memory or a line. What comes of the
+// bytes of a peer is the fuzz targets', see fuzz_inputs.cpp. The peers are threads that speak raw bytes;
 // where one is slow on purpose it waits on its own socket, so that it ends with the call under test.
 #include <csignal>
 #include <gtest/gtest.h>
@@ -40,24 +41,31 @@ std::pair<INT32_T, std::string> receive_from(const std::string &bytes, size_t st
     return message;
 }
 
-// Answers with the request's body behind its length; says no to types below -1000, and 3 to type 3. The
-// types 5 and -5 claim a length of that much without a body.
+// Answers with a copy of the request's body; the types 5 and -5 claim a length of that much without a body.
 RTSTATUS answer(INT32_T type, PVOID body, INT32_T length, PVOID *reply, INT32_T *replylen) {
-    if (type < -1000)
-        return type;
-    const std::string text = std::to_string(length) + ":" + as_string(body, length);
-    *reply = type == 5 || type == -5 ? nullptr : safe_strdup(text.c_str());
-    *replylen = *reply == nullptr ? type : static_cast<INT32_T>(text.size());
-    return type == 3 ? 3 : 0;
+    *reply = type == 5 || type == -5 ? nullptr : safe_strdup(as_string(body, length).c_str());
+    *replylen = *reply == nullptr ? type : length;
+    return 0;
 }
 
-constexpr auto DEAL = "deal_data_from_tavisys_msg_channel";
-constexpr auto EXCHANGE = "exchange_data_in_tavisys_msg_channel";
-LOG_LINE_T line(const char *function, int level, const std::string &text) {
-    return {"comm/tavisys_comm.c", function, level, text};
+// One exchange of type 1000 over the channel with heads of text. Returns its result; a body that it hands out
+// goes to *body, with its NUL.
+RTSTATUS exchange_text(int sock, std::string *body, INT32_T timeout = 1) {
+    PVOID reply = body;
+    INT32_T length = -77;
+    const RTSTATUS result =
+        exchange_data_in_net_communication_channel(sock, 1000, "ask", 3, &reply, &length, timeout);
+    EXPECT_EQ(result == 0, reply != body);
+    EXPECT_EQ(result == 0, length != -77);
+    if (result == 0 && reply != nullptr)
+        *body = as_string(reply, length + 1);
+    safe_free(result == 0 ? reply : nullptr);
+    return result;
 }
 
+constexpr auto FILE_NAME = "comm/tavisys_comm.c"; // of all lines
 using Channel = LEAK_CHECKED_T;
+using NetChannel = LEAK_CHECKED_T;
 
 } // namespace
 
@@ -71,47 +79,13 @@ TEST_F(Channel, SendsHeadAndBodyInOnePiece) {
 }
 
 TEST_F(Channel, AMessageArrivesHoweverItIsCutUp) {
-    const std::pair<size_t, size_t> LENGTHS_AND_STEPS[] = {
-        {0, 1}, {1, 13}, {300, 1}, {3 * MEBIBYTE + 5, 65536}};
+    const std::pair<size_t, size_t> LENGTHS_AND_STEPS[] = {{0, 1}, {300, 1}, {3 * MEBIBYTE + 5, 65536}};
     for (const auto &[length, step] : LENGTHS_AND_STEPS) {
         const std::string bytes = wire(1006, 0, static_cast<INT32_T>(length), std::string(length, 'b'));
         const auto [result, received] = receive_from(bytes, step);
         EXPECT_EQ(static_cast<INT32_T>(bytes.size()), result) << length;
         EXPECT_TRUE(bytes == received) << length;
     }
-}
-
-TEST_F(Channel, APeerMayCloseAtAnyByte) {
-    const std::string bytes = wire(1006, 7, 5, "hello"s);
-    for (size_t cut = 0; cut < bytes.size(); cut++) {
-        const auto [result, received] = receive_from(bytes.substr(0, cut));
-        EXPECT_EQ(cut < 12 ? -4 : -5, result) << cut;
-        EXPECT_EQ(cut < 12 ? wire(0, 0, 0) : wire(1006, 7, 5), received) << cut;
-    }
-}
-
-TEST_F(Channel, AClaimedLengthCostsNoMemoryBeforeTheBytesArrive) {
-    const auto claim = [](INT32_T length) {
-        forget_allocations();
-        return receive_from(wire(1, 0, length, "abc"s)).first;
-    };
-    for (const INT32_T length : {INT32_MAX, INT32_MAX - 11, -1, INT32_MIN}) { // more than a result can say
-        EXPECT_EQ(-12, claim(length)) << length;
-        EXPECT_EQ(0U, largest_allocation()) << length;
-    }
-    for (const INT32_T length : {INT32_MAX - 12, 1 << 30, 100}) {
-        EXPECT_EQ(-5, claim(length)) << length;
-        EXPECT_EQ(static_cast<size_t>(std::min(length, MEBIBYTE)), largest_allocation()) << length;
-    }
-}
-
-TEST_F(Channel, MemoryThatRunsShortInsideABodyIsAFailure) {
-    const std::string bytes = wire(1, 0, 3 * MEBIBYTE, std::string(3 * MEBIBYTE, 'b'));
-    EXPECT_LT(1, fail_each_allocation([&] {
-                  const INT32_T result = receive_from(bytes).first;
-                  EXPECT_TRUE(result == -3 || result == static_cast<INT32_T>(bytes.size())) << result;
-                  return result > 0;
-              }));
 }
 
 // All at once, for they have to be waited for.
@@ -147,7 +121,7 @@ TEST_F(Channel, ASilentOrTricklingPeerIsDroppedInTime) {
                    [&] { EXPECT_EQ(-4, deal_data_from_tavisys_msg_channel(silent.ours(), answer)); });
     for (std::thread &call : calls)
         call.join();
-    EXPECT_TRUE(take_log().empty());
+    EXPECT_EQ("", logged(FILE_NAME));
 }
 
 TEST_F(Channel, APeerThatTakesNothingIsGivenUpAfterFiveSeconds) {
@@ -208,82 +182,127 @@ TEST_F(Channel, APeerThatHasGoneRaisesNoSignal) {
     say(pair.peer(), wire(1, 0, 3, "abc"s));
     shutdown(pair.peer(), SHUT_RDWR);
     EXPECT_EQ(-6, deal_data_from_tavisys_msg_channel(pair.ours(), answer));
-    take_log();
+    logged();
     EXPECT_EQ(-6, exchange_data_in_tavisys_msg_channel(pair.ours(), 5, "abc", 3, nullptr, nullptr, 1));
-    EXPECT_EQ(std::vector{line(EXCHANGE, 80, "error, send data lens : -6\n")}, take_log());
+    EXPECT_EQ("exchange_data_in_tavisys_msg_channel 80 error, send data lens : -6\n\n", logged(FILE_NAME));
     EXPECT_EQ(-1, send_data_to_tcp_socket(pair.ours(), "abc", 3));
 }
 
-TEST_F(Channel, TheReplyDecidesTheResultOfAnExchange) {
-    const std::string mismatch = "发送的消息类型1000与接收的消息类型1001不匹配\n";
-    const std::string no_reply = ") failed to receive_data_from_tavisys_msg_channel";
-    const struct {
-        const char *what;
-        std::string reply;
-        RTSTATUS want;
-        std::string log;
-    } CASES[] = {
-        {"no body", wire(1000, 0, 0), 0, ""},
-        {"bytes behind the reply", wire(1000, 0, 3, "abcdef"s), 0, ""},
-        {"a result and a body", wire(1000, 3, 3, "abc"s), 3, "出错, 接受结果(3)"},
-        {"a negative result", wire(1000, -101, 0), -101, "出错, 接受结果(-101)"},
-        {"another type and a result", wire(1001, 5, 3, "abc"s), -8, mismatch},
-        {"nothing", "", -4, "(-4" + no_reply},
-        {"half a body", wire(1000, 0, 3, "ab"s), -5, "(-5" + no_reply},
-        {"negative length", wire(1000, 0, -3), -12, "(-12" + no_reply},
+TEST_F(Channel, ExchangesAndAnswersAreLogged) {
+    const std::string failed = ") failed to receive_data_from_tavisys_msg_channel\n";
+    const std::pair<std::string, std::string> CASES[] = {
+        {wire(1000, 0, 3, "abc"s), ""},
+        {wire(1000, -101, 0), "出错, 接受结果(-101)\n"},
+        {wire(1001, 5, 3, "abc"s), "发送的消息类型1000与接收的消息类型1001不匹配\n\n"},
+        {wire(1000, 0, 3, "ab"s), "(-5" + failed},
     };
-    for (const auto &c : CASES) {
-        SCOPED_TRACE(c.what);
+    for (const auto &[reply, line] : CASES) {
         const PAIR_T pair;
-        say(pair.peer(), c.reply);
+        say(pair.peer(), reply);
         shutdown(pair.peer(), SHUT_WR);
-        PVOID reply = nullptr;
-        INT32_T replylen = 77;
-        EXPECT_EQ(c.want,
-                  exchange_data_in_tavisys_msg_channel(pair.ours(), 1000, "ask", 3, &reply, &replylen, 5));
-        EXPECT_EQ(wire(1000, 0, 3, "ask"s), hear(pair.peer(), 15));
-        EXPECT_EQ(c.want == 0 ? c.reply.substr(HEAD, 3) : "", as_string(reply, replylen));
-        EXPECT_EQ(c.want == 0, replylen != 77);
-        safe_free(reply);
-        EXPECT_EQ(c.log.empty() ? std::vector<LOG_LINE_T>{} : std::vector{line(EXCHANGE, 80, c.log)},
-                  take_log());
+        exchange_data_in_tavisys_msg_channel(pair.ours(), 1000, nullptr, 0, nullptr, nullptr, 5);
+        EXPECT_EQ(line.empty() ? "" : "exchange_data_in_tavisys_msg_channel 80 " + line, logged(FILE_NAME));
     }
+    const PAIR_T server;
+    say(server.peer(), wire(-5, 0, 0)); // the answer claims so many bytes
+    EXPECT_EQ(-2, deal_data_from_tavisys_msg_channel(server.ours(), answer));
+    const std::string deal = "deal_data_from_tavisys_msg_channel 40 影柜系统消息通道: ";
+    EXPECT_EQ(deal + "接收消息,消息类型(-5), 消息体长度(0)\n\n" + deal +
+                  "回应消息,消息类型(-5), 消息体长度(-5), 消息结果(0)\n\n",
+              logged(FILE_NAME));
+    say(server.peer(), wire(5, 0, 0)); // now without sending them
+    EXPECT_EQ(-2, deal_data_from_tavisys_msg_channel(server.ours(), answer));
+    logged();
     const PAIR_T pair;
-    say(pair.peer(), wire(1000, 0, 3, "abc"s)); // a reply that nobody wants is dropped
-    EXPECT_EQ(0, exchange_data_in_tavisys_msg_channel(pair.ours(), 1000, nullptr, 0, nullptr, nullptr, 5));
-}
-
-TEST_F(Channel, TheHandlersReplyGoesBackWithItsResult) {
-    const struct {
-        const char *what;
-        std::string request;
-        std::string reply;
-    } CASES[] = {
-        {"a body", wire(1000, 0, 3, "abc"s), wire(1000, 0, 5, "3:abc"s)},
-        {"the request's result is not the reply's", wire(1000, 9, 0), wire(1000, 0, 2, "0:"s)},
-        {"a result and a body", wire(3, 0, 1, "a"s), wire(3, 3, 3, "1:a"s)},
-        {"a result and no body", wire(-1001, 0, 0), wire(-1001, -1001, 0)},
-        {"a length without a body", wire(5, 0, 0), ""},
-        {"a negative length", wire(-5, 0, 0), ""},
-    };
-    std::vector<LOG_LINE_T> log;
-    for (const auto &c : CASES) {
-        SCOPED_TRACE(c.what);
-        const PAIR_T pair;
-        say(pair.peer(), c.request);
-        EXPECT_EQ(c.reply.empty() ? -2 : static_cast<INT32_T>(c.reply.size()),
-                  deal_data_from_tavisys_msg_channel(pair.ours(), answer));
-        shutdown(pair.ours(), SHUT_WR);
-        EXPECT_EQ(c.reply, hear(pair.peer(), 100));
-        log = take_log();
-    }
-    EXPECT_EQ((std::vector{
-                  line(DEAL, 40, "影柜系统消息通道: 接收消息,消息类型(-5), 消息体长度(0)\n"),
-                  line(DEAL, 40, "影柜系统消息通道: 回应消息,消息类型(-5), 消息体长度(-5), 消息结果(0)\n")}),
-              log);
-    const PAIR_T pair;
-    say(pair.peer(), wire(1, 0, 3, "ab"s)); // a broken request is neither answered nor logged
+    say(pair.peer(), wire(1, 0, 3, "ab"s)); // a broken request is not logged
     shutdown(pair.peer(), SHUT_WR);
     EXPECT_EQ(-5, deal_data_from_tavisys_msg_channel(pair.ours(), answer));
-    EXPECT_TRUE(take_log().empty());
+    EXPECT_EQ("", logged(FILE_NAME));
+}
+
+TEST_F(NetChannel, AHeadThatIsNoneIsLogged) {
+    const std::pair<const char *, RTSTATUS> CASES[] = {
+        {"9999|-001|-0000005|", 0}, {"|0002|00000003|", -1}, {"0001|00002|00000003|", 1}, {"abcd|2|3|", 3}};
+    for (const auto &[text, want] : CASES) {
+        TP_MESSAGE_HEAD head{};
+        EXPECT_EQ(want, parse_header_file(text, &head));
+        EXPECT_EQ(want == 0 ? ""
+                            : "parse_header_file 80 " + std::to_string(want) +
+                                  ". invalid message head: " + text + "\n\n",
+                  logged(FILE_NAME));
+    }
+    TP_MESSAGE_HEAD head{};
+    EXPECT_EQ(-1, parse_header_file(nullptr, &head));
+    EXPECT_EQ(-1, parse_header_file("0001|0002|00000003|", nullptr));
+    EXPECT_EQ(-1, send_data_to_net_communication_channel(0, nullptr, 0, "body"));
+    head.length = INT32_MAX - 18; // and the head's own 19 bytes
+    EXPECT_EQ(-1, send_data_to_net_communication_channel(0, &head, 0, "body"));
+    EXPECT_EQ("", logged(FILE_NAME));
+}
+
+TEST_F(NetChannel, AReplyThatComesLateOrBadlyEndsInTimeWithALine) {
+    const std::string function = "exchange_data_in_net_communication_channel ";
+    const auto received = [](int count) { return "40 接收大小" + std::to_string(count) + "\n"; };
+    const struct {
+        const char *reply;
+        bool falls_silent; // else the peer closes
+        RTSTATUS want;
+        std::string body;
+        std::string log; // behind the name of the function
+    } CASES[] = {
+        {"1000|0000|00000005|hello", true, 0, "hello\0"s, received(24)},
+        {"1000|0000|00000005|he", true, 0, "he\0\0\0\0"s, received(21)}, // ends early, and is handed over
+        {"1000|0000|00000003|", true, -1, "", ""},
+        {"1000|0003|00000000|", true, 3, "", received(19) + function + "80 出错, 接收结果(3)\n"},
+        {"1001|0003|00000000|", true, -8, "", "80 发送的消息类型1000与接收的消息类型1001不匹配\n"},
+        {"", false, -1, "", "80 接收的长度(0)与约定大小(19)不匹配\n"},
+        {"", true, -1, "", ""},
+        {"1000|0000|00000000", true, -1, "", "80 接收的长度(18)与约定大小(19)不匹配\n"},
+        {"1000|0000|-0000001|", true, -1, "", "80 创建失败!\n"},
+    };
+    for (const auto &c : CASES) {
+        SCOPED_TRACE(c.reply);
+        const PAIR_T pair;
+        say(pair.peer(), c.reply);
+        if (!c.falls_silent)
+            shutdown(pair.peer(), SHUT_WR);
+        std::string body;
+        expect_seconds(0, 4, c.reply, [&] { EXPECT_EQ(c.want, exchange_text(pair.ours(), &body)); });
+        EXPECT_EQ(c.body, body);
+        EXPECT_EQ(c.log.empty() ? "" : function + c.log, logged(FILE_NAME));
+    }
+    const PAIR_T pair;
+    expect_seconds(1, 4, "a head has a second, whatever a body has",
+                   [&] { EXPECT_EQ(-1, exchange_text(pair.ours(), nullptr, 5)); });
+    say(pair.peer(), "abcd|efgh|ijklmnop|");
+    EXPECT_EQ(-1, exchange_text(pair.ours(), nullptr));
+    EXPECT_EQ("parse_header_file 80 3. invalid message head: abcd|efgh|ijklmnop|\n\n" + function +
+                  "80 解析头文件出错!\n",
+              logged(FILE_NAME));
+    EXPECT_EQ(-1, exchange_text(-1, nullptr));
+    EXPECT_EQ(function + "80 error, send data lens : -1\n\n", logged(FILE_NAME));
+}
+
+TEST_F(NetChannel, APeerAnswersOverTheLoopbackAndMemoryMayRunShort) {
+    const std::string text(3 * MEBIBYTE + 5, 'b');
+    const INT32_T listener = create_tcp_server_socket(0);
+    EXPECT_LT(1, fail_each_allocation([&] {
+                  std::thread peer([&] {
+                      const INT32_T sock = create_tcp_accept_socket(listener);
+                      const TP_MESSAGE_HEAD head{1000, 0, static_cast<INT32_T>(text.size())};
+                      EXPECT_EQ("1000|0000|00000003|ask", hear(sock, 22));
+                      send_data_to_net_communication_channel(sock, &head, 19, text.c_str());
+                      close_tcp_socket(sock);
+                  });
+                  INT32_T sock = -1;
+                  EXPECT_EQ(0, create_tcp_client_socket("127.0.0.1", port_of(listener), &sock));
+                  std::string body;
+                  const bool is_done = exchange_text(sock, &body) == 0;
+                  EXPECT_TRUE(body == (is_done ? text + '\0' : ""));
+                  EXPECT_NE(std::string::npos, logged().find(is_done ? "接收大小3145752" : "创建失败!"));
+                  close_tcp_socket(sock);
+                  peer.join();
+                  return is_done;
+              }));
+    close_tcp_socket(listener);
 }

@@ -1,205 +1,21 @@
 // The built client against a server inside the test: what it asks, what it shows, how it ends.
+#include "client_harness.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pty.h>
-#include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
-#include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 #include "harness.h"
-#include "tavisys_comm.h"
+#include "tp_trlv.h"
 
-using harness::wire;
-
-namespace {
-
-using REQUEST_T = std::pair<INT32_T, std::string>; // type and body
-using ANSWER_T = std::pair<RTSTATUS, std::string>; // result and body
-using ANSWERER_T = std::function<ANSWER_T(const REQUEST_T &)>;
-
-// ---- The server
-
-// The server's thread has these for as long as the server lives; the requests stay until the next server.
-ANSWERER_T answerer;
-std::vector<REQUEST_T> requests;
-
-RTSTATUS handle(INT32_T type, PVOID body, INT32_T length, PVOID *reply, INT32_T *replylen) {
-    requests.emplace_back(type, std::string(static_cast<char *>(body), static_cast<size_t>(length)));
-    const auto [result, answer] = answerer(requests.back());
-    *reply = calloc(1, answer.size() + 1);
-    memcpy(*reply, answer.data(), answer.size());
-    *replylen = static_cast<INT32_T>(answer.size());
-    return result;
-}
-
-// Answers on port 40001 for as long as it lives.
-class SERVER_T {
-public:
-    explicit SERVER_T(ANSWERER_T answers) {
-        answerer = std::move(answers);
-        requests.clear();
-        EXPECT_LE(0, listener_);
-        thread_ = std::thread([this] {
-            while (!stopping_) {
-                const INT32_T sock = monitor_tavisys_msg_channel(listener_);
-                deal_data_from_tavisys_msg_channel(sock, handle);
-                close_tavisys_msg_channel(sock);
-            }
-        });
-    }
-    ~SERVER_T() {
-        stopping_ = true;
-        close_tavisys_msg_channel(agent_open_tavisys_msg_channel()); // wakes the thread
-        thread_.join();
-        close_tavisys_msg_channel(listener_);
-    }
-    SERVER_T(const SERVER_T &) = delete;
-    SERVER_T &operator=(const SERVER_T &) = delete;
-
-private:
-    INT32_T listener_ = svr_open_tavisys_msg_channel();
-    std::atomic<bool> stopping_ = false;
-    std::thread thread_;
-};
-
-const std::string FAREWELL = wire(8, "TV1993-0015", "霸王别姬", 81, 20230101, 19930101, "m.jpg", "b.jpg",
-                                  "BWBJ", 1, 8, 3, 1, 3, 13, 2, 1, 4, 2, 1, 2, 0, "sda", 1);
-const std::string ODD = wire(9, nullptr, "a\033[2J\nb\xFF", 0, 0, 20231399, nullptr, nullptr, nullptr, 7, 99,
-                             0, 0, 1, 77, 0, nullptr, 2);
-
-const std::string DETAILS =
-    wire("霸王别姬", 1993, 1, 2, "2D", "b.jpg", 1, "导演", 1, "陈凯歌", 1, "主演", 2, "张国荣", "巩俐", 0, 1,
-         "时长", "171分钟", 1, nullptr, "霸王与虞姬\n", 1, 1, 5, 1, "霸王别姬", "v.mkv");
-
-const std::string DISKS =
-    wire(2, "sda", "S1", 2, 1, "sda1", "u-1", "/mnt", 2, "sda2", nullptr, nullptr) + wire("sdb", nullptr, 0);
-
-// A movie of a partition, around its code.
-const std::string RECORD = wire(8);
-const std::string RECORD_TAIL = wire("霸王别姬", nullptr, nullptr, nullptr, 0, 0, 0, 0, 0, 0, 0, 0) +
-                                wire(0, 0, 0, 0, 0, nullptr, 0, 1, 5, 1, "v", "v.mkv", nullptr);
-
-// A cabinet of two movies; its filter lists are the same for every category.
-ANSWER_T answer(const REQUEST_T &request) {
-    static const std::map<REQUEST_T, std::string> ANSWERS{
-        {{1000, ""}, wire("1.2.3", "影柜", nullptr)},
-        {{1001, ""}, wire(4, 30, 28, 2, 0)},
-        {{1002, ""}, wire(2, 28)},
-        {{1003, ""}, wire(2, 1, "电影", 16, 2, "电视剧", 4)},
-        {{1005, wire(1)}, wire(4, 1, "全部", 3, "剧情", 13, "历史", 14, nullptr)},
-        {{1005, wire(2)}, wire(2, 1, "全部", 4, "香港")},
-        {{1005, wire(3)}, wire(2, 8, "1993", 1993, "2001")},
-        {{1005, wire(4)}, wire(3, 1, "全部", 2, "2D", 3, "3D")},
-        {{1006, ""}, wire(1, 24, 1, 2, 2, 2, FAREWELL, ODD)},
-        {{1007, ""}, DETAILS},
-        {{1008, ""}, "sda/sda1/posters/\033.jpg"},
-        {{3000, ""}, DISKS},
-        {{3002, ""}, wire(513)},
-        {{3003, ""}, wire(2, RECORD, nullptr, RECORD_TAIL, RECORD, "a/b", RECORD_TAIL)},
-        {{5006, ""}, wire(1, 24, 1, 2, 2, 2, FAREWELL, 3, 171, ODD, 0, 0)},
-        {{3004, ""}, std::string("3d1219c7\0", 9)}};
-    return {0, ANSWERS.at({request.first, request.first == 1005 ? request.second.substr(0, 4) : ""})};
-}
-
-ANSWERER_T always(const ANSWER_T &fixed) {
-    return [fixed](const REQUEST_T &) { return fixed; };
-}
-
-// ---- The client
-
-std::string read_to_end(int file) {
-    std::string text;
-    std::array<char, 4096> block{};
-    for (ssize_t got = 0; (got = read(file, block.data(), block.size())) > 0;)
-        text.append(block.data(), static_cast<size_t>(got));
-    close(file);
-    return text;
-}
-
-struct CLIENT_T {
-    pid_t pid;
-    int errors; // the reading end of its standard error
-};
-
-// Starts the client with these arguments and that standard output, which it takes over.
-CLIENT_T start(const std::string &arguments, int output) {
-    const std::string command = "exec \"$0\" " + arguments;
-    std::array<int, 2> errors{};
-    EXPECT_EQ(0, pipe2(errors.data(), O_CLOEXEC));
-    const pid_t pid = fork();
-    if (pid == 0) {
-        dup2(output, STDOUT_FILENO);
-        dup2(errors[1], STDERR_FILENO);
-        signal(SIGINT, SIG_DFL); // a test run in the background ignores interrupts
-        execl("/bin/sh", "sh", "-c", command.c_str(), TAVISYS_CLIENT, nullptr);
-        _exit(127);
-    }
-    close(output);
-    close(errors[1]);
-    return {pid, errors[0]};
-}
-
-struct RUN_T {
-    int status; // exit status, or the negated signal that ended it
-    std::string output, errors;
-};
-
-RUN_T finish(const CLIENT_T &client, int output) {
-    std::string text = read_to_end(output);
-    std::string errors = read_to_end(client.errors);
-    int status = 0;
-    EXPECT_EQ(client.pid, waitpid(client.pid, &status, 0));
-    return {WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status), std::move(text),
-            std::move(errors)};
-}
-
-RUN_T run(const std::string &arguments) {
-    std::array<int, 2> output{};
-    EXPECT_EQ(0, pipe2(output.data(), O_CLOEXEC));
-    return finish(start(arguments, output[1]), output[0]);
-}
-
-struct TERMINAL_T {
-    int screen, client;
-};
-// What is written to its client's end is read, unchanged, from the screen.
-TERMINAL_T open_terminal(unsigned short width) {
-    TERMINAL_T terminal{};
-    const winsize size{24, width, 0, 0};
-    EXPECT_EQ(0, openpty(&terminal.screen, &terminal.client, nullptr, nullptr, &size));
-    termios mode{};
-    tcgetattr(terminal.client, &mode);
-    cfmakeraw(&mode);
-    tcsetattr(terminal.client, TCSANOW, &mode);
-    return terminal;
-}
-
-RUN_T run_on_terminal(const std::string &arguments, unsigned short width) {
-    const TERMINAL_T terminal = open_terminal(width);
-    return finish(start(arguments, terminal.client), terminal.screen);
-}
-
-// An answer is looked at whole, a failure by what its message contains.
-void expect_run(const std::string &arguments, int status, const std::string &want) {
-    SCOPED_TRACE(arguments);
-    const RUN_T got = run(arguments);
-    EXPECT_EQ(status, got.status);
-    EXPECT_EQ(status == 0 ? want : "", got.output);
-    EXPECT_NE(std::string::npos, got.errors.find(status == 0 ? "" : want)) << got.errors;
-    EXPECT_EQ(status == 0, got.errors.empty());
-}
-
-} // namespace
+using namespace harness;
 
 TEST(ClientCommand, EachShowsItsAnswerAlignedOrAsJsonWithTheFieldsOfTheRecords) {
     const SERVER_T server{answer};
@@ -216,14 +32,14 @@ TEST(ClientCommand, EachShowsItsAnswerAlignedOrAsJsonWithTheFieldsOfTheRecords) 
         {"categories", "编号  分类    影片数\n   1  电影        16\n   2  电视剧       4\n",
          R"({"list": [{"id": 1, "name": "电影", "movies": 16}, {"id": 2, "name": "电视剧", "movies": 4}]})"},
         {"poster", "sda/sda1/posters/␛.jpg\n", R"({"poster": "sda/sda1/posters/\u001b.jpg"})"},
-        {"disks 127.0.0.1",
+        {"disks",
          "硬盘  序列号  序号  分区  UUID  挂载点\nsda   S1         1  sda1  u-1   /mnt\n"
          "sda   S1         2  sda2  -     -\nsdb   -          -  -     -     -\n",
          R"({"list": [{"devname": "sda", "serialno": "S1", "list": [
                 {"seqno": 1, "devname": "sda1", "uuid": "u-1", "mntp": "/mnt"},
                 {"seqno": 2, "devname": "sda2", "uuid": null, "mntp": null}]},
              {"devname": "sdb", "serialno": null, "list": []}]})"},
-        {"count 127.0.0.1 sda sda1", "影片数  513\n", R"({"movies": 513})"},
+        {"count sda sda1", "影片数  513\n", R"({"movies": 513})"},
         {"filters 电影 year", "编号  年代\n   8  1993\n1993  2001\n",
          R"({"list": [{"id": 8, "name": "1993"}, {"id": 1993, "name": "2001"}]})"},
         {"movie 0 8",
@@ -272,7 +88,7 @@ TEST(ClientCommand, MoviesAreShownWithNamesForIdsAndSignsForControlsCutToTheTerm
 TEST(ClientCommand, FetchedMoviesBecomeDocumentsAndThoseThatCannotAreTold) {
     std::string folder = (std::filesystem::temp_directory_path() / "tavisys-test-XXXXXX").string();
     ASSERT_NE(nullptr, mkdtemp(folder.data()));
-    const std::string command = "fetch 127.0.0.1 sda sda1 --out " + folder;
+    const std::string command = "fetch sda sda1 --out " + folder;
     const std::string place = folder + "/sda/sda1";
     const std::string missing = "跳过影片“”(编号8): 没有影片编码\n";
     auto server = std::make_unique<SERVER_T>(answer);
@@ -383,7 +199,7 @@ TEST(ClientCommand, BadUsageIsToldInChineseBeforeAnythingIsAsked) {
     auto server = std::make_unique<SERVER_T>(answer);
     expect_run("", 2, "缺少命令\n");
     expect_run("moives", 2, "没有“moives”这个命令\n");
-    expect_run("version --color", 2, "不认识的选项: --color\n用 tavisys version --help");
+    expect_run("version --colour", 2, "不认识的选项: --colour\n用 tavisys version --help");
     expect_run("movie 1 2 3", 2, "多余的参数: 3\n");
     expect_run("movie 1", 2, "缺少参数: 影片编号\n");
     expect_run("movie 1 -1", 2, "影片编号: 应为0到2147483647的整数,而不是“-1”\n");
@@ -393,12 +209,15 @@ TEST(ClientCommand, BadUsageIsToldInChineseBeforeAnythingIsAsked) {
     expect_run("movies --page", 2, "选项 --page 的值缺失或多余\n");
     expect_run("movies --json=1", 2, "选项 --json 的值缺失或多余\n");
     expect_run("movies --order best", 2, "--order: 应为put、publish、score、name之一");
-    for (const char *host : {"localhost", "127.1", "::1", "''"})
-        expect_run(std::string("disks ") + host, 2, "地址: 应为点分十进制的IPv4地址");
+    for (const char *host : {"127.1", "::1", "''", "a/b"})
+        expect_run(std::string("disks --server ") + host, 2,
+                   "--server: 应为IPv4地址(如192.168.1.10)或主机名");
+    expect_run("movies --server 127.0.0.1", 2,
+               "这个命令只能查询本机的影柜,能查询其他影柜的命令有 disks、count 和 fetch\n");
     for (const char *names : {"'' sda1", "sda sda4567890123456"})
-        expect_run(std::string("count 127.0.0.1 ") + names, 2, "应为1到15个字节的设备名");
+        expect_run(std::string("count ") + names, 2, "应为1到15个字节的设备名");
     for (const char *names : {"sda ..", ". sda1", "/sda sda1", "sda a/b"})
-        expect_run(std::string("fetch 127.0.0.1 ") + names, 2, "将用作目录名");
+        expect_run(std::string("fetch ") + names, 2, "将用作目录名");
     expect_run("movies --kind 99999999999", 2, "编号不能大于2147483647");
     expect_run("decode 1010 -", 2, "应为version、status、");
     expect_run("raw versions", 2, "应为-2147483648到2147483647的整数");
@@ -419,13 +238,12 @@ TEST(ClientCommand, HelpIsInChinese) {
 }
 
 TEST(ClientCommand, ANoIsToldFromNobodyThereAndFromAnswersThatMakeNoSense) {
-    const char *const commands[] = {
-        "version",        "info",       "status",          "status --watch",
-        "uuid",           "categories", "movies",          "movie 1 1",
-        "filters 1 kind", "touch",      "disks 127.0.0.1", "fetch 127.0.0.1 sda sda1"};
-    for (const char *arguments : {"poster", "count 127.0.0.1 sda sda1"})
+    const char *const commands[] = {"version",        "info",       "status", "status --watch",
+                                    "uuid",           "categories", "movies", "movie 1 1",
+                                    "filters 1 kind", "touch",      "disks",  "fetch sda sda1"};
+    for (const char *arguments : {"poster", "count sda sda1"})
         expect_run(arguments, 1, "无法连接影柜服务器(127.0.0.1:40001)");
-    expect_run("disks 127.0.0.2", 1, "无法连接影柜服务器(127.0.0.2:40001)");
+    expect_run("disks --server 127.0.0.2", 1, "无法连接影柜服务器(127.0.0.2:40001)");
     for (const char *arguments : commands)
         expect_run(arguments, 1, "无法连接影柜服务器(127.0.0.1:40001),请确认 tavisys-server 正在运行\n");
     const std::pair<ANSWER_T, const char *> cases[] = {
@@ -444,7 +262,7 @@ TEST(ClientCommand, ANoIsToldFromNobodyThereAndFromAnswersThatMakeNoSense) {
     }
     const SERVER_T server{always({0, ""})};
     expect_run("poster", 1, "影柜服务器目前没有海报\n");
-    expect_run("count 127.0.0.1 sda sda1", 1, "无法解读");
+    expect_run("count sda sda1", 1, "无法解读");
 }
 
 TEST(ClientWatch, ShowsEachChangeUntilTheScanIsDone) {
@@ -460,21 +278,24 @@ TEST(ClientWatch, ShowsEachChangeUntilTheScanIsDone) {
     EXPECT_EQ(9, nlohmann::json::parse(run("status --watch --json").output)["parseok_movies"]);
 }
 
-TEST(ClientWatch, AServerThatGoesAwayAndAnInterruptEndTheLineAndTheProgram) {
+TEST(ClientWatch, OutlivesAServerThatGoesAwayAndAnInterruptEndsTheLineAndTheProgram) {
     for (const bool interrupted : {false, true}) {
         auto server = std::make_unique<SERVER_T>(always({0, wire(2, 10, 4, 1, 5)}));
-        const TERMINAL_T terminal = open_terminal(80);
+        const TERMINAL_T terminal = open_terminal(40);
         const CLIENT_T client = start("status --watch", terminal.client);
-        char first = 0;
-        EXPECT_EQ(1, read(terminal.screen, &first, 1)); // it has begun
-        if (interrupted)
+        EXPECT_EQ("\r正在解析: 5/10 (50%),失败1部\033[K", read_until(terminal.screen, "\033[K"));
+        if (interrupted) {
             kill(client.pid, SIGINT);
-        else
+        } else {
             server.reset();
+            EXPECT_EQ("\r无法连接影柜服务器(127.0.0.1:40001),请…\033[K",
+                      read_until(terminal.screen, "\033[K"));
+            server = std::make_unique<SERVER_T>(always({0, wire(4, 10, 9, 1, 0)}));
+        }
         const RUN_T got = finish(client, terminal.screen);
-        EXPECT_EQ(interrupted ? -SIGINT : 1, got.status);
-        EXPECT_EQ("正在解析: 5/10 (50%),失败1部\033[K\n", got.output);
-        EXPECT_EQ(interrupted, got.errors.empty());
+        EXPECT_EQ(interrupted ? -SIGINT : 0, got.status);
+        EXPECT_EQ(interrupted ? "\n" : "\r运行中: 9部影片,失败1部\033[K\n", got.output);
+        EXPECT_EQ("", got.errors);
     }
 }
 

@@ -17,6 +17,7 @@
 #include "server.h"
 #include "server_harness.h"
 #include "terminal.h"
+#include "transfer_records.h"
 
 using namespace client;
 using harness::wire;
@@ -40,35 +41,21 @@ std::string names(const std::vector<const char *> &texts) {
 
 // The record as a server would hand on the movie that the document gives, its ids aside; or nothing.
 std::string loaded_record(const std::string &document) {
-    DBDATA_MOVIE_INFORMATION_T *info = nullptr;
-    get_tavi_metadata_information_from_document(document.data(), static_cast<INT32_T>(document.size()), &info,
-                                                nullptr);
-    if (info == nullptr)
+    DBDATA_MOVIE_INFORMATION_T *movie = nullptr;
+    get_tavi_metadata_information_from_document(document.data(), static_cast<INT32_T>(document.size()),
+                                                &movie, nullptr);
+    if (movie == nullptr)
         return "";
-    const DBDATA_MOVIE_INFORMATION_T movie = *info;
-    const auto items = [](const auto *list, auto item) {
-        INT32_T count = 0;
-        std::string bytes;
-        harness::for_each(list, [&](const auto &node) {
-            bytes += item(node);
-            count++;
-        });
-        return wire(count, bytes);
-    };
-    const auto name = [](const auto &item) { return wire(item.name); };
-    const auto person = [](const auto &item) { return wire(item.code, item.name); };
-    std::string record = wire(
-        0, movie.info->movie_code, movie.info->movie_name_ch, movie.info->movie_name_en, movie.imdbvalue,
-        movie.acronym, items(movie.dimension_list, [](const auto &item) { return wire(item.dimension); }),
-        items(movie.resolution_list, [](const auto &item) { return wire(item.resolution); }),
-        items(movie.category_list, name), items(movie.kind_list, name), items(movie.area_list, name),
-        items(movie.director_list, person), items(movie.actor_list, person),
-        items(movie.year_list, [](const auto &item) { return wire(item.year); }), movie.put_time,
-        movie.publish_time, movie.putin_time, movie.duration, 1, movie.posters->big, movie.posters->middle,
-        movie.posters->small, movie.summary, movie.episodes, items(movie.video_list, [](const auto &item) {
-            return wire(0, item.seqno, item.name, item.filepath, item.mp4);
-        }));
-    release_dbdata_movie_information(&info);
+    movie->id = 0;
+    harness::for_each(movie->video_list, [](auto &video) { video.id = 0; });
+    server::TRANSFER_BODY_T list(1);
+    list.append(*movie);
+    INT32_T length = 0;
+    PVOID body = list.release(&length);
+    std::string record =
+        std::string(static_cast<char *>(body), static_cast<size_t>(length)).substr(wire(1).size());
+    safe_free(body);
+    release_dbdata_movie_information(&movie);
     return record;
 }
 

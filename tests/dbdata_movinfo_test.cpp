@@ -1,8 +1,12 @@
 // The records of the catalogue. What attribute.h gives all attributes and persons is looked at in the areas;
-// behind that stands what a family has of its own.
+// behind that stands what a family has of its own, and the ids of everything that has any.
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <latch>
+#include <numeric>
+#include <thread>
 
 #include "dbdata_movie.h"
 #include "fake_netif.h"
@@ -19,25 +23,21 @@ using MOVIE_T = DBDATA_MOVIE_INFORMATION_T;
 namespace {
 
 using Attribute = LEAK_CHECKED_T;
-using Person = LEAK_CHECKED_T;
-using Video = LEAK_CHECKED_T;
 using Movie = LEAK_CHECKED_T;
+using Ids = LEAK_CHECKED_T;
 
 constexpr auto add_area = add_node_to_dbdata_area_information_list;
+constexpr auto find_area = found_node_from_dbdata_area_information_list_by_name;
+constexpr auto prune_areas = delete_node_from_dbdata_area_information_list_by_harddisk_serialno;
 constexpr auto delete_areas = delete_dbdata_area_information_list;
 constexpr auto category_node = create_dbdata_category_information_list_node_ex;
 constexpr auto prune_categories = delete_node_from_dbdata_category_information_list_by_harddisk_serialno;
 constexpr auto actor_node = create_dbdata_actor_information_list_node_ex;
+constexpr auto video_node = create_dbdata_video_information_list_node_ex;
 constexpr auto add = add_node_to_dbdata_movie_information_list;
-constexpr auto add_single = add_single_node_to_dbdata_movie_information_list;
 constexpr auto number_of = dbdata_get_number_from_dbdata_movie_information_list;
-constexpr auto find_twin = found_node_from_dbdata_movie_information_list_by_movie_code;
-constexpr auto find_id = found_node_from_dbdata_movie_information_list_by_mid;
+constexpr auto release_movie = release_dbdata_movie_information;
 constexpr auto release_list = release_dbdata_movie_information_list;
-
-LOG_LINE_T line(const char *function, int level, const char *text) {
-    return {"dbdata_movinfo/dbdata_movie.c", function, level, text};
-}
 
 AREAS_T *area_node(const std::string &name) {
     return create_dbdata_area_information_list_node_ex(name.c_str(), nullptr);
@@ -55,6 +55,37 @@ std::string names_in(const AREAS_T *list) {
     return names;
 }
 
+MOVIE_T *movie(const INT8_T *code, const INT8_T *disk = "sda", const INT8_T *partition = "sda1") {
+    MOVIE_T *made = create_dbdata_movie_information();
+    made->info = create_dbdata_basic_movie_information(code, "片名", nullptr);
+    made->hddevname = safe_strdup(disk);
+    made->ptdevname = safe_strdup(partition);
+    return made;
+}
+NODE_T *node_of(MOVIE_T *made) {
+    return create_dbdata_movie_information_list_node(made);
+}
+// A movie with everything that it can own.
+MOVIE_T *full_movie() {
+    MOVIE_T *made = movie("M1");
+    for (INT8_T **text : {&made->imdbvalue, &made->acronym, &made->summary, &made->description})
+        *text = safe_strdup("文");
+    made->ipaddr = safe_strdup("10.0.0.1");
+    made->posters = create_dbdata_poster_information("b", "m", "s");
+    made->dimension_list = create_dbdata_dimension_information_list_node_ex(0, "2D", nullptr);
+    made->resolution_list = create_dbdata_resolution_information_list_node_ex(0, "BD", nullptr);
+    made->category_list = create_dbdata_category_information_list_node_ex("电影", nullptr);
+    made->kind_list = create_dbdata_kind_information_list_node_ex(1, "动作", nullptr);
+    made->area_list = list_of("ab");
+    made->director_list = create_dbdata_director_information_list_node_ex("P1", "甲", nullptr);
+    made->actor_list = create_dbdata_actor_information_list_node_ex("P2", "乙", nullptr);
+    made->year_list = create_dbdata_year_information_list_node_ex(1999, nullptr);
+    made->video_list = video_node(1, "片", "/v", "/m");
+    return made;
+}
+
+// ---- Ids
+
 template <class RECORD>
 INT32_T id_of(RECORD *fresh, void (*release)(RECORD **)) {
     const INT32_T id = fresh->id;
@@ -70,45 +101,31 @@ INT32_T year_id(INT32_T year) {
 INT32_T category_id(const INT8_T *name) {
     return id_of(create_dbdata_category_information(name), delete_dbdata_category_information);
 }
-INT32_T video_id() {
+INT32_T movie_id(INT32_T = 0) {
+    return id_of(create_dbdata_movie_information(), release_movie);
+}
+INT32_T video_id(INT32_T = 0) {
     return id_of(create_dbdata_video_information(1, "n", "f", nullptr), delete_dbdata_video_information);
 }
+// Of what has one for each key.
+template <auto CREATE, auto DELETE, auto... ARGUMENT>
+INT32_T id_of_key(INT32_T key) {
+    return id_of(CREATE(ARGUMENT..., ("并发" + std::to_string(key)).c_str()), DELETE);
+}
+constexpr INT32_T (*ALL_IDS[])(INT32_T key) = {
+    id_of_key<create_dbdata_kind_information, delete_dbdata_kind_information, 1>,
+    id_of_key<create_dbdata_area_information, delete_dbdata_area_information>,
+    id_of_key<create_dbdata_dimension_information, delete_dbdata_dimension_information, 0>,
+    id_of_key<create_dbdata_resolution_information, delete_dbdata_resolution_information, 0>,
+    year_id,
+    movie_id, // from here on one for each record
+    video_id};
+constexpr size_t WITH_KEY = 5;
 
 // Whether the call, in a process that has given no id yet, is content.
 void expect_in_fresh_process(bool (*call)()) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(exit(call() ? 0 : 1), testing::ExitedWithCode(0), "");
-}
-
-MOVIE_T *movie(const INT8_T *code, const INT8_T *disk = "sda", const INT8_T *partition = "sda1") {
-    MOVIE_T *made = create_dbdata_movie_information();
-    made->info = create_dbdata_basic_movie_information(code, "片名", nullptr);
-    made->hddevname = safe_strdup(disk);
-    made->ptdevname = safe_strdup(partition);
-    return made;
-}
-
-NODE_T *node_of(MOVIE_T *made) {
-    return create_dbdata_movie_information_list_node(made);
-}
-
-// A movie with everything that it can own.
-MOVIE_T *full_movie() {
-    MOVIE_T *made = movie("M1");
-    for (INT8_T **text : {&made->imdbvalue, &made->acronym, &made->summary, &made->description})
-        *text = safe_strdup("文");
-    made->ipaddr = safe_strdup("10.0.0.1");
-    made->posters = create_dbdata_poster_information("b", "m", "s");
-    made->dimension_list = create_dbdata_dimension_information_list_node_ex(0, "2D", nullptr);
-    made->resolution_list = create_dbdata_resolution_information_list_node_ex(0, "BD", nullptr);
-    made->category_list = create_dbdata_category_information_list_node_ex("电影", nullptr);
-    made->kind_list = create_dbdata_kind_information_list_node_ex(1, "动作", nullptr);
-    made->area_list = create_dbdata_area_information_list_node_ex("美国", nullptr);
-    made->director_list = create_dbdata_director_information_list_node_ex("P1", "甲", nullptr);
-    made->actor_list = create_dbdata_actor_information_list_node_ex("P2", "乙", nullptr);
-    made->year_list = create_dbdata_year_information_list_node_ex(1999, nullptr);
-    made->video_list = create_dbdata_video_information_list_node_ex(1, "片", "/v", "/m");
-    return made;
 }
 
 } // namespace
@@ -125,19 +142,19 @@ TEST_F(Attribute, AListHoldsEachKeyOnceAndANodeWithoutARecordAtItsHeadAlone) {
     EXPECT_EQ(0, add_area(&list, nullptr));
     EXPECT_EQ(0, add_area(nullptr, empty));
     EXPECT_EQ("-cab", names_in(list));
-    EXPECT_EQ(list->next, found_node_from_dbdata_area_information_list_by_name(list, "c"));
-    EXPECT_EQ(nullptr, found_node_from_dbdata_area_information_list_by_name(list, "d"));
-    INT8_T *&lost = found_node_from_dbdata_area_information_list_by_name(list, "a")->info->name;
+    EXPECT_EQ(list->next, find_area(list, "c"));
+    EXPECT_EQ(nullptr, find_area(list, "d"));
+    INT8_T *&lost = find_area(list, "a")->info->name;
     safe_free(lost);
     lost = nullptr;
-    EXPECT_EQ(nullptr, found_node_from_dbdata_area_information_list_by_name(list, nullptr));
+    EXPECT_EQ(nullptr, find_area(list, nullptr));
     for (AREAS_T *node : {again, empty}) // they stayed the caller's
         delete_dbdata_area_information_list_node(&node);
     delete_areas(&list);
     EXPECT_NE(nullptr, list); // not cleared
 }
 
-TEST_F(Attribute, DeletingByKeyTakesTheOneNodeFromAnyPlace) {
+TEST_F(Attribute, DeletingByKeyAndPruningTakeOneNodeFromAnyPlace) {
     const std::pair<const char *, const char *> CASES[] = {
         {"c", "ab"}, {"a", "cb"}, {"b", "ca"}, {"d", "cab"}};
     for (const auto &[name, left] : CASES) {
@@ -146,16 +163,12 @@ TEST_F(Attribute, DeletingByKeyTakesTheOneNodeFromAnyPlace) {
         EXPECT_EQ(left, names_in(list));
         delete_areas(&list);
     }
-}
-
-TEST_F(Attribute, PruningTakesTheFirstValueWithoutMoviesWhateverTheDisk) {
-    const auto prune = delete_node_from_dbdata_area_information_list_by_harddisk_serialno;
     AREAS_T *list = list_of("abc");
     list->movlist = list; // any pointer: movies
-    prune(&list, nullptr);
+    prune_areas(&list, nullptr);
     EXPECT_EQ("abc", names_in(list));
-    for (const char *left : {"ac", "a", "a"}) {
-        prune(&list, "any");
+    for (const char *left : {"ac", "a", "a"}) { // the first without movies, whatever the disk
+        prune_areas(&list, "any");
         EXPECT_EQ(left, names_in(list));
     }
     delete_areas(&list);
@@ -174,16 +187,6 @@ TEST_F(Attribute, ARecordLivesUntilItsLastReferenceGoes) {
     delete_dbdata_area_information(&second->info);
     EXPECT_EQ(nullptr, second->info);
     delete_dbdata_area_information_list_node(&second);
-}
-
-TEST(AttributeDeathTest, AFreshProcessNumbersKeysAsItMeetsThem) {
-    expect_in_fresh_process([] {
-        // The first kind of a new category gets 1; all others are numbered in the category met first.
-        return IDS_T{year_id(0), year_id(-1), year_id(0)} == IDS_T{1, 2, 1} &&
-               IDS_T{kind_id(1, "A"), kind_id(2, "B"), kind_id(2, "C"), kind_id(1, "C"),
-                     kind_id(2, "B"), kind_id(3, "Z"), kind_id(3, "Z"), kind_id(2, "A")} ==
-                   IDS_T{1, 1, 2, 2, 3, 1, 4, 1};
-    });
 }
 
 TEST_F(Attribute, CategoriesHaveFixedIdsAndCaptions) {
@@ -220,19 +223,27 @@ TEST_F(Attribute, PruningCategoriesTakesAKindOffEachUntilOneIsEmpty) {
     EXPECT_EQ(nullptr, list);
 }
 
-TEST_F(Person, TheCodeAloneTellsPersonsApart) {
+TEST_F(Attribute, TheCodeAloneTellsPersonsApart) {
     auto *list = actor_node("P1", "甲", nullptr);
     auto *renamed = actor_node("P1", "乙", nullptr);
     EXPECT_EQ(1, add_node_to_dbdata_actor_information_list(&list, renamed));
     EXPECT_EQ(0, add_node_to_dbdata_actor_information_list(&list, actor_node("P2", "甲", nullptr)));
     EXPECT_EQ(nullptr, found_node_from_dbdata_actor_information_list_by_code(nullptr, "P1"));
-    EXPECT_EQ(nullptr, create_dbdata_actor_information("P3", nullptr));
-    EXPECT_EQ(nullptr, create_dbdata_director_information(nullptr, "丙"));
     EXPECT_EQ(
         "演员编码: P1, 演员名称: 甲. 该节点被引用了1次\n演员编码: P2, 演员名称: 甲. 该节点被引用了1次\n",
         said_by([list] { show_dbdata_actor_information_list(list, 1); }));
     for (auto *node : {renamed, list})
         delete_dbdata_actor_information_list(&node);
+}
+
+TEST(IdsDeathTest, AFreshProcessNumbersKeysAsItMeetsThem) {
+    expect_in_fresh_process([] {
+        // The first kind of a new category gets 1; all others are numbered in the category met first.
+        return IDS_T{year_id(0), year_id(-1), year_id(0)} == IDS_T{1, 2, 1} &&
+               IDS_T{kind_id(1, "A"), kind_id(2, "B"), kind_id(2, "C"), kind_id(1, "C"),
+                     kind_id(2, "B"), kind_id(3, "Z"), kind_id(3, "Z"), kind_id(2, "A")} ==
+                   IDS_T{1, 1, 2, 2, 3, 1, 4, 1};
+    });
 }
 
 TEST(IdsDeathTest, AFreshProcessCountsUpFromTheBaseThatEth0GivesAndMoviesPrint) {
@@ -241,7 +252,7 @@ TEST(IdsDeathTest, AFreshProcessCountsUpFromTheBaseThatEth0GivesAndMoviesPrint) 
         const std::string printed = said_by([&] {
             for (const INT8_T *address : {"", "1.2.3", "10.0.0.0", "192.168.1.23", "10.0.0.9"}) {
                 fake_netif::s_address = *address == '\0' ? nullptr : address;
-                movies.push_back(id_of(create_dbdata_movie_information(), release_dbdata_movie_information));
+                movies.push_back(movie_id());
                 videos.push_back(video_id());
             }
         });
@@ -251,48 +262,81 @@ TEST(IdsDeathTest, AFreshProcessCountsUpFromTheBaseThatEth0GivesAndMoviesPrint) 
     });
 }
 
-TEST_F(Video, HoldsCopiesOfItsPaths) {
+TEST_F(Ids, ThreadsGetOneForEachKeyOrRecordAndLeaveNoGaps) {
+    constexpr size_t THREADS = 8;
+    constexpr INT32_T KEYS = 1000;
+    std::array<std::array<IDS_T, std::size(ALL_IDS)>, THREADS> seen;
+    std::array<INT32_T, std::size(ALL_IDS)> before{};
+    ALL_IDS[0](KEYS); // of a category's first kinds the first alone is numbered apart
+    for (size_t i = 0; i < before.size(); i++)
+        before[i] = ALL_IDS[i](KEYS + 1);
+    std::latch all(THREADS);
+    std::vector<std::jthread> threads;
+    for (size_t t = 0; t < THREADS; t++)
+        threads.emplace_back([&all, &mine = seen[t], begin = static_cast<INT32_T>(t) * 37] {
+            for (IDS_T &ids : mine)
+                ids.resize(KEYS);
+            all.arrive_and_wait();
+            for (INT32_T key = begin; key < begin + KEYS; key++) // every thread begins elsewhere
+                for (size_t i = 0; i < mine.size(); i++)
+                    mine[i][static_cast<size_t>(key % KEYS)] = ALL_IDS[i](key % KEYS);
+        });
+    threads.clear(); // and joined
+    for (size_t i = 0; i < std::size(ALL_IDS); i++) {
+        SCOPED_TRACE(i);
+        IDS_T ids = seen[0][i];
+        for (size_t t = 1; t < THREADS; t++) {
+            if (i < WITH_KEY)
+                EXPECT_EQ(ids, seen[t][i]);
+            else
+                ids.insert(ids.end(), seen[t][i].begin(), seen[t][i].end());
+        }
+        std::sort(ids.begin(), ids.end());
+        IDS_T dense(ids.size());
+        std::iota(dense.begin(), dense.end(), before[i] + 1);
+        EXPECT_EQ(dense, ids);
+    }
+}
+
+TEST_F(Movie, ItsPartsAreCopiedWhole) {
     INT8_T name[] = "第1集";
-    auto *node = create_dbdata_video_information_list_node_ex(-3, name, "/v/1.mkv", "/v/1.mp4");
+    auto *video = create_dbdata_video_information(-3, name, "/v", "/m");
     name[0] = 'x';
-    EXPECT_EQ(-3, node->info->seqno);
-    EXPECT_STREQ("第1集", node->info->name);
-    EXPECT_STREQ("/v/1.mkv", node->info->filepath);
-    EXPECT_STREQ("/v/1.mkv", node->info->relative_filepath);
-    EXPECT_STREQ("/v/1.mp4", node->info->mp4);
-    EXPECT_STREQ("/v/1.mp4", node->info->relative_mp4);
-    delete_dbdata_video_information_list_node(&node);
-    EXPECT_EQ(nullptr, create_dbdata_video_information(1, nullptr, "/v", nullptr));
-    EXPECT_EQ(nullptr, create_dbdata_video_information(1, "n", nullptr, nullptr));
-}
-
-TEST_F(Video, AListTakesAnyVideoButNoNodeWithoutOne) {
-    DBDATA_VIDEO_INFORMATION_LIST_T *list = nullptr;
-    const auto twin = [] { return create_dbdata_video_information_list_node_ex(1, "同", "/v", nullptr); };
-    auto *empty = create_dbdata_video_information_list_node(nullptr);
-    for (auto *node : {twin(), empty, twin()})
-        EXPECT_EQ(0, add_node_to_dbdata_video_information_list(&list, node));
-    EXPECT_EQ("视频序号: 1, 视频名称: 同, 视频路径: /v\n视频序号: 1, 视频名称: 同, 视频路径: /v\n",
-              said_by([list] { show_dbdata_video_information_list(list); }));
-    for (auto *node : {empty, list})
-        delete_dbdata_video_information_list(&node);
-}
-
-TEST_F(Movie, TitlesAndPostersAreCopiedWhole) {
+    EXPECT_EQ(-3, video->seqno);
+    EXPECT_EQ("第1集/v/v/m/m"s, std::string(video->name) + video->filepath + video->relative_filepath +
+                                    video->mp4 + video->relative_mp4);
+    delete_dbdata_video_information(&video);
     auto *posters = create_dbdata_poster_information("b", "m", "s");
     auto *tv = create_dbdata_tv_poster_information("tb", "tm", "ts");
-    EXPECT_STREQ("b", posters->relative_big_path);
-    EXPECT_STREQ("m", posters->relative_middle_path);
-    EXPECT_STREQ("m", posters->relative_small_path); // not the small one
+    EXPECT_EQ("bmsbmm"s, std::string(posters->big) + posters->middle + posters->small +
+                             posters->relative_big_path + posters->relative_middle_path +
+                             posters->relative_small_path); // the last isn't the small one
     EXPECT_EQ(nullptr, posters->tv_big);
     EXPECT_EQ("tbtmts", std::string(tv->tv_big) + tv->tv_middle + tv->tv_small);
     EXPECT_EQ(nullptr, tv->relative_small_path);
     for (auto *info : {posters, tv})
         delete_dbdata_poster_information(&info);
-    EXPECT_EQ(nullptr, create_dbdata_basic_movie_information(nullptr, "片名", "Title"));
-    EXPECT_EQ(nullptr, create_dbdata_basic_movie_information("M1", nullptr, "Title"));
-    EXPECT_EQ(nullptr, create_dbdata_poster_information("b", "m", nullptr));
-    EXPECT_EQ(nullptr, create_dbdata_tv_poster_information("b", "m", nullptr));
+    for (const void *part :
+         std::initializer_list<const void *>{create_dbdata_video_information(1, nullptr, "/v", nullptr),
+                                             create_dbdata_video_information(1, "n", nullptr, nullptr),
+                                             create_dbdata_basic_movie_information(nullptr, "片名", "Title"),
+                                             create_dbdata_basic_movie_information("M1", nullptr, "Title"),
+                                             create_dbdata_poster_information("b", "m", nullptr),
+                                             create_dbdata_tv_poster_information("b", "m", nullptr),
+                                             create_dbdata_actor_information("P3", nullptr),
+                                             create_dbdata_director_information(nullptr, "丙")})
+        EXPECT_EQ(nullptr, part);
+}
+
+TEST_F(Movie, AListOfVideosTakesAnyButNoNodeWithoutOne) {
+    DBDATA_VIDEO_INFORMATION_LIST_T *list = nullptr;
+    auto *empty = create_dbdata_video_information_list_node(nullptr);
+    for (auto *node : {video_node(1, "同", "/v", nullptr), empty, video_node(1, "同", "/v", nullptr)})
+        EXPECT_EQ(0, add_node_to_dbdata_video_information_list(&list, node));
+    const std::string line = "视频序号: 1, 视频名称: 同, 视频路径: /v\n";
+    EXPECT_EQ(line + line, said_by([list] { show_dbdata_video_information_list(list); }));
+    for (auto *node : {empty, list})
+        delete_dbdata_video_information_list(&node);
 }
 
 TEST_F(Movie, TheLastDeleteLeavesYearsTextsPlaceAndRecordToTheCaller) {
@@ -319,9 +363,9 @@ TEST_F(Movie, TheLastReleaseFreesAllAnEarlierOneCountsDown) {
     EXPECT_EQ(nullptr, list);
     EXPECT_EQ(1, made->count);
     EXPECT_STREQ("M1", made->info->movie_code);
-    release_dbdata_movie_information(&made); // the fixture sees that nothing is left
+    release_movie(&made); // the fixture sees that nothing is left
     EXPECT_EQ(nullptr, made);
-    release_dbdata_movie_information(&made);
+    release_movie(&made);
     release_list(&list);
 }
 
@@ -338,17 +382,14 @@ TEST_F(Movie, AMovieIsADuplicateOnlyOnItsOwnPartition) {
     NODE_T *list = nullptr;
     for (const auto &c : CASES) {
         NODE_T *node = node_of(movie(c.code, c.disk, c.partition));
-        std::vector<LOG_LINE_T> want;
+        EXPECT_EQ(c.log != nullptr ? 1 : 0, add_single_node_to_dbdata_movie_information_list(&list, node));
+        std::string want;
         if (c.log != nullptr) {
-            want = {line("found_node_from_dbdata_movie_information_list_by_movie_code", 40, c.log)};
-            EXPECT_EQ(1, add(&list, node));
-            EXPECT_EQ(want, take_log());
-            want.push_back(line("add_single_node_to_dbdata_movie_information_list", 40, "找到相同影片"));
-        }
-        EXPECT_EQ(c.log != nullptr ? 1 : 0, add_single(&list, node));
-        EXPECT_EQ(want, take_log());
-        if (c.log != nullptr)
+            want.append("found_node_from_dbdata_movie_information_list_by_movie_code 40 ").append(c.log);
+            want.append("\nadd_single_node_to_dbdata_movie_information_list 40 找到相同影片\n");
             release_list(&node); // it stayed ours
+        }
+        EXPECT_EQ(want, logged("dbdata_movinfo/dbdata_movie.c"));
     }
     EXPECT_EQ(5, number_of(list));
     release_list(&list);
@@ -360,7 +401,7 @@ TEST_F(Movie, WhatHasNoCodeIsNoDuplicateAndNotCounted) {
     EXPECT_EQ(0, add(&list, node_of(movie("M1"))));
     for (NODE_T *node : {node_of(create_dbdata_movie_information()), node_of(nullptr)}) {
         EXPECT_EQ(0, add(&list, node)); // it stays the caller's
-        EXPECT_EQ(nullptr, find_twin(list, node));
+        EXPECT_EQ(nullptr, found_node_from_dbdata_movie_information_list_by_movie_code(list, node));
         release_list(&node);
     }
     EXPECT_EQ(1, number_of(list));
@@ -372,8 +413,8 @@ TEST_F(Movie, RemovalsTakeTheFirstMatchAndReleaseItsMovie) {
     NODE_T *list = nullptr;
     for (MOVIE_T *made : movies)
         add(&list, node_of(duplicate_dbdata_movie_information(made)));
-    EXPECT_EQ(movies[1], find_id(list, movies[1]->id)->info);
-    EXPECT_EQ(nullptr, find_id(list, -1));
+    EXPECT_EQ(movies[1], found_node_from_dbdata_movie_information_list_by_mid(list, movies[1]->id)->info);
+    EXPECT_EQ(nullptr, found_node_from_dbdata_movie_information_list_by_mid(list, -1));
     delete_node_from_dbdata_movie_information_list_by_movie_code(&list, "M9");
     EXPECT_EQ(3, number_of(list));
     delete_node_from_dbdata_movie_information_list_by_movie_code(&list, "M2");
@@ -383,14 +424,13 @@ TEST_F(Movie, RemovalsTakeTheFirstMatchAndReleaseItsMovie) {
     delete_dbdata_movie_information_list(&list);
     for (MOVIE_T *made : movies) {
         EXPECT_EQ(1, made->count);
-        release_dbdata_movie_information(&made);
+        release_movie(&made);
     }
 }
 
 TEST_F(Movie, TheFilterComparesIdsAnd0StandsForAny) {
     MOVIE_T *made = full_movie();
-    made->area_list->next = create_dbdata_area_information_list_node_ex("英国", nullptr);
-    const INT32_T area = static_cast<DBDATA_AREA_INFORMATION_LIST_T *>(made->area_list->next)->info->id;
+    const INT32_T area = static_cast<AREAS_T *>(made->area_list->next)->info->id;
     const INT32_T year = made->year_list->info->id;
     const INT32_T dimension = made->dimension_list->info->id;
     EXPECT_EQ(0, filter_movie_by_condition(made, 0, 0, 0));
@@ -399,6 +439,6 @@ TEST_F(Movie, TheFilterComparesIdsAnd0StandsForAny) {
     EXPECT_EQ(-1, filter_movie_by_condition(made, area, 1999, dimension)); // no id, but the year itself
     EXPECT_EQ(-1, filter_movie_by_condition(made, area, year, -1));
     EXPECT_EQ(-1, filter_movie_by_condition(nullptr, 0, 0, 0));
-    EXPECT_EQ(std::vector{line("filter_movie_by_condition", 80, "movinfo is nul!")}, take_log());
-    release_dbdata_movie_information(&made);
+    EXPECT_EQ("filter_movie_by_condition 80 movinfo is nul!\n", logged("dbdata_movinfo/dbdata_movie.c"));
+    release_movie(&made);
 }

@@ -25,9 +25,9 @@ POSITION = (bytes(128) + b"sda".ljust(16, b"\0") + b"sda1".ljust(16, b"\0")).hex
 CODES = struct.pack("<7i", 35, -1, 0, -1, 1, 15, 11) + b"TV1993-0015"
 
 # Every type that the server answers, and refusals. Ids are numbers, so that each command asks one question.
-COMMANDS = f"""version;status;info;uuid;categories;poster;filters 1 kind;filters 0 year;disks 127.0.0.1;
+COMMANDS = f"""version;status;info;uuid;categories;poster;filters 1 kind;filters 0 year;disks;
 movies --category 1 --size 5;movies --page 9;touch --size 1000;movie 0 1;movie 0 2147483647;
-count 127.0.0.1 sda sda1;count 127.0.0.1 sda none;fetch 127.0.0.1 sda sda1 --out FOLDER;
+count sda sda1;count sda none;fetch sda sda1 --out FOLDER;
 raw kinds;raw kinds --body 0100000001000000;raw touch-movie --body 0000000002000000;
 raw disk --body {POSITION};raw codes --body {CODES.hex()}"""
 UNREPEATABLE = ("poster", "fetch")  # what these show is another poster, or not the reply

@@ -1,5 +1,5 @@
 // What the tests of the library share. harness.cpp receives the library's log lines in place of zlog;
-// allocations.cpp counts the library's allocations and comparisons and makes allocations fail (programs of
+// allocations.cpp counts the library's allocations and makes them fail (programs of
 // the STATIC kind).
 #ifndef TAVISYS_TESTS_HARNESS_H
 #define TAVISYS_TESTS_HARNESS_H
@@ -10,7 +10,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -20,23 +19,13 @@ namespace harness {
 
 // ---- What the library says
 
-struct LOG_LINE_T {
-    std::string file;
-    std::string function;
-    int level;
-    std::string text;
-    bool operator==(const LOG_LINE_T &) const = default;
-};
-inline std::ostream &operator<<(std::ostream &to, const LOG_LINE_T &line) {
-    return to << line.file << ' ' << line.function << ' ' << line.level << ' ' << line.text;
-}
-
-// The lines that the library has logged since the last call, addresses as "0x".
-std::vector<LOG_LINE_T> take_log();
+// The lines that the library has logged since the last call, "FUNCTION LEVEL TEXT" each and addresses as
+// "0x"; all of them under the name of the file, unless it is "".
+std::string logged(const std::string &file = "");
 // What a call says on standard output, lines of the source as "[]" and addresses as "0x".
 std::string said_by(const std::function<void()> &call);
 
-// ---- Work of the library: calloc, malloc, realloc, strdup and strcmp
+// ---- The library's allocations
 
 // Makes the nth allocation from now on fail, and only that one; 0 lets all succeed.
 void fail_nth_allocation(int nth);
@@ -45,11 +34,7 @@ bool an_allocation_failed();
 long live_allocations();
 // What has been asked for since the last call of forget_allocations().
 size_t bytes_allocated();
-size_t largest_allocation();
 void forget_allocations();
-
-// How often strings have been compared, which tells what a search costs.
-long string_comparisons();
 
 // Makes each allocation of a call fail in turn, until the call comes through without a failure. One that
 // fails has to say so and to leave nothing behind. Returns how many allocations there were.
@@ -71,20 +56,11 @@ int fail_each_allocation(CALL succeeds) {
 // A test that leaves none of the library's memory allocated and starts without log lines.
 class LEAK_CHECKED_T : public virtual testing::Test {
 protected:
-    LEAK_CHECKED_T() { take_log(); }
+    LEAK_CHECKED_T() { logged(); }
     void TearDown() override { EXPECT_EQ(live_, live_allocations()) << "allocations are left"; }
 
 private:
     long live_ = live_allocations();
-};
-
-// A pointer that becomes the type that a call wants, for tables of calls that differ in nothing else.
-struct ANY_T {
-    const void *to;
-    template <class T>
-    operator T *() const {
-        return static_cast<T *>(const_cast<void *>(to));
-    }
 };
 
 template <class NODE>

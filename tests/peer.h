@@ -78,26 +78,6 @@ inline std::string message(INT32_T type, INT32_T result, const std::string &body
     return wire(type, result, static_cast<INT32_T>(body.size()), body);
 }
 
-// Makes the call while a server on the channel's port answers it with the reply. Returns the request that
-// the server heard.
-inline std::string serve(const std::string &reply, const std::function<void()> &call) {
-    const INT32_T listener = svr_open_tavisys_msg_channel();
-    EXPECT_LE(0, listener);
-    std::string request;
-    std::thread server([&] {
-        const INT32_T sock = monitor_tavisys_msg_channel(listener);
-        request = hear(sock, HEAD);
-        const size_t length = request.empty() ? 0 : static_cast<unsigned char>(request[8]);
-        request += hear(sock, length); // all requests are short
-        say(sock, reply);
-        close_tavisys_msg_channel(sock);
-    });
-    call();
-    server.join();
-    close_tavisys_msg_channel(listener);
-    return request;
-}
-
 } // namespace harness
 
 #endif

@@ -12,20 +12,15 @@ using nlohmann::json;
 
 namespace {
 
-struct VALUE_T {
-    INT32_T id;
-    INT32_T movies;
-};
-
-std::map<std::string, VALUE_T> kinds_of(INT32_T cid) {
-    std::map<std::string, VALUE_T> result;
+std::map<std::string, TP_TAVISYS_KIND_INFORMATION_T> kinds_of(INT32_T cid) { // without their names
+    std::map<std::string, TP_TAVISYS_KIND_INFORMATION_T> result;
     const RAW_REPLY_T reply =
         exchange(TAVISYS_MSGTYPE_REQUEST_KIND_LIST,
                  bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T{TP_FILTER_TYPE_KIND, cid}));
     TP_TAVISYS_KIND_INFORMATION_LIST_T *list = nullptr;
     EXPECT_EQ(reply.head.length,
               decode_tavisys_kind_information_from_message(reply.body.data(), reply.head.length, &list));
-    for_each(list, [&](const auto &kind) { result[kind.name] = {kind.id, kind.movies}; });
+    for_each(list, [&](const auto &kind) { result[kind.name] = {kind.id, nullptr, kind.movies}; });
     delete_tavisys_kind_information_list(&list);
     return result;
 }

@@ -3,7 +3,6 @@
 
 #include <fstream>
 #include <gtest/gtest.h>
-#include <map>
 #include <sched.h>
 #include <set>
 #include <sys/mount.h>
@@ -18,22 +17,19 @@ namespace {
 constexpr const INT8_T *HERE = "127.0.0.1";
 
 struct PLACE_T {
-    std::string disk, partition;
+    std::string disk, partition, serial, uuid, mount_point;
     auto operator<=>(const PLACE_T &) const = default;
 };
-struct IDENTITY_OF_PLACE_T {
-    std::string serial, uuid, mount_point;
-    bool operator==(const IDENTITY_OF_PLACE_T &) const = default;
-};
-using PLACES_T = std::map<PLACE_T, IDENTITY_OF_PLACE_T>;
+using PLACES_T = std::set<PLACE_T>;
 
-PLACES_T places_of(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *list) {
+// Frees the list.
+PLACES_T places_of(TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *list) {
+    const DISKS_PTR owner(list);
     PLACES_T places;
-    for (const auto *node = list; node != nullptr;
-         node = static_cast<const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *>(node->next))
-        for_each(node->list, [&](const auto &partition) {
-            places[{node->info->devname, partition.devname}] = {node->info->serialno, partition.uuid,
-                                                                partition.mntp};
+    for (; list != nullptr; list = static_cast<TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *>(list->next))
+        for_each(list->list, [&](const auto &partition) {
+            places.insert({list->info->devname, partition.devname, list->info->serialno, partition.uuid,
+                           partition.mntp});
         });
     return places;
 }
@@ -41,13 +37,12 @@ PLACES_T places_of(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *list) {
 PLACES_T ask_for_places() {
     TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *list = nullptr;
     EXPECT_LE(0, tavisysapi_get_vod_harddisk_information(HERE, &list));
-    return places_of(DISKS_PTR(list).get());
+    return places_of(list);
 }
 
-TRANSFER_PTR ask_for_movies(const PLACE_T &place) {
+TRANSFER_PTR ask_for_movies(const std::string &disk, const std::string &partition) {
     TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *list = nullptr;
-    EXPECT_LE(0, tavisysapi_get_movie_metadata_from_server(HERE, place.disk.c_str(), place.partition.c_str(),
-                                                           &list));
+    EXPECT_LE(0, tavisysapi_get_movie_metadata_from_server(HERE, disk.c_str(), partition.c_str(), &list));
     return TRANSFER_PTR(list);
 }
 
@@ -72,12 +67,12 @@ TEST(ServerStorage, TellsItsDisksAndPartitionsAndCountsTheirMovies) {
         EXPECT_TRUE(run == 0 || found == places);
         places = found;
         INT32_T sum = 0;
-        for (const auto &[place, identity] : places) {
+        for (const PLACE_T &place : places) {
             INT32_T movies = -1;
             EXPECT_EQ(0, tavisysapi_get_movies_from_server(HERE, place.disk.c_str(), place.partition.c_str(),
                                                            &movies));
             INT32_T fetched = 0;
-            for_each(ask_for_movies(place).get(), [&](const auto &) { fetched++; });
+            for_each(ask_for_movies(place.disk, place.partition).get(), [&](const auto &) { fetched++; });
             EXPECT_EQ(movies, fetched) << place.partition;
             sum += movies;
         }
@@ -89,27 +84,25 @@ TEST(ServerStorage, TellsItsDisksAndPartitionsAndCountsTheirMovies) {
         delete_tavisys_system_information(&system);
     }
 
-    ASSERT_EQ(4U, places.size());
-    std::set<std::string> serials;
-    std::set<std::string> uuids;
-    for (const auto &[place, identity] : places) {
-        serials.insert(identity.serial);
-        uuids.insert(identity.uuid);
-        EXPECT_EQ(36U, identity.uuid.size());
-        EXPECT_EQ(library.path() / place.disk / place.partition, identity.mount_point);
+    std::set<std::string> serials, uuids;
+    for (const PLACE_T &place : places) {
+        serials.insert(place.serial);
+        uuids.insert(place.uuid);
+        EXPECT_EQ(36U, place.uuid.size());
+        EXPECT_EQ(library.path() / place.disk / place.partition, place.mount_point);
     }
     EXPECT_EQ(3U, serials.size());
     EXPECT_EQ(4U, uuids.size());
+    EXPECT_EQ(4U, places.size());
 
     const auto server = SERVER_PROCESS_T::serving(library.path());
-    TP_TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES_ARGS_T request{"", "sda", "ignored"};
+    const TP_TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES_ARGS_T request{"", "sda", "ignored"};
     const RAW_REPLY_T reply = exchange(TAVISYS_MSGTYPE_REQUEST_PARTITION_INFO, bytes_of(request));
     TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *list = nullptr;
     EXPECT_EQ(reply.head.length, decode_tavisys_harddisk_information_list_from_message(
                                      reply.body.data(), reply.head.length, &list));
-    PLACES_T of_sda = places;
-    std::erase_if(of_sda, [](const auto &place) { return place.first.disk != "sda"; });
-    EXPECT_EQ(of_sda, places_of(DISKS_PTR(list).get()));
+    std::erase_if(places, [](const PLACE_T &place) { return place.disk != "sda"; });
+    EXPECT_EQ(places, places_of(list));
 
     const PAGE_PTR page = ask_for_page({0, 0, 0, 0, 0, 1, 100, 0});
     for_each(page->list, [&](const auto &movie) { EXPECT_EQ(1U, serials.count(movie.hdsn)); });
@@ -128,7 +121,7 @@ TEST(ServerStorage, SendsWholeRecords) {
     write_document(library.path(), "sdb/sdb1", document);
     const auto server = SERVER_PROCESS_T::serving(library.path());
 
-    const TRANSFER_PTR list = ask_for_movies({"sda", "sda1"});
+    const TRANSFER_PTR list = ask_for_movies("sda", "sda1");
     ASSERT_NE(nullptr, list);
     ASSERT_EQ(nullptr, list->next);
     const auto &movie = *list->info;
@@ -148,6 +141,10 @@ TEST(ServerStorage, SendsWholeRecords) {
     EXPECT_EQ(movie.episodes, 1);
     EXPECT_NE(nullptr, movie.video_list);
 
+    const TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T kinds{TP_FILTER_TYPE_KIND, 0};
+    const RAW_REPLY_T reply = exchange(TAVISYS_MSGTYPE_REQUEST_KIND_LIST, bytes_of(kinds));
+    EXPECT_NE(std::string::npos, reply.body.find("民谣"));
+
     struct CODES_T {
         std::vector<std::string> codes;
         const char *disk;
@@ -160,11 +157,11 @@ TEST(ServerStorage, SendsWholeRecords) {
                              {{"C1"}, "sda", "sdb1", 0},
                              {{"C", "C11", ""}, nullptr, nullptr, 0},
                              {{}, nullptr, nullptr, 0}}) {
-        const RAW_REPLY_T reply = exchange(AVISYS_MSGTYPE_REQUEST_MOVIE_INFO_BY_MOVCODE,
-                                           request_of_codes(c.disk, c.partition, c.codes));
+        const RAW_REPLY_T by_code = exchange(AVISYS_MSGTYPE_REQUEST_MOVIE_INFO_BY_MOVCODE,
+                                             request_of_codes(c.disk, c.partition, c.codes));
         TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *movies = nullptr;
-        EXPECT_EQ(reply.head.length, decode_tp_tavisys_dbdata_movie_information_list_from_message(
-                                         reply.body.data(), reply.head.length, &movies));
+        EXPECT_EQ(by_code.head.length, decode_tp_tavisys_dbdata_movie_information_list_from_message(
+                                           by_code.body.data(), by_code.head.length, &movies));
         const TRANSFER_PTR owner(movies);
         size_t found = 0;
         for_each(movies, [&](const auto &) { found++; });
@@ -209,29 +206,6 @@ TEST(ServerStorage, OffersPostersAndTouchScreenPages) {
     INT8_T poster[100] = "";
     EXPECT_EQ(-2, tavisysapi_random_get_movie_poster(poster, sizeof poster - 1));
     EXPECT_TRUE(ask_for_places().empty());
-}
-
-// Under the leak sanitizer: what a reply leaves behind fails the server's end.
-TEST(ServerStorage, AnswersThousandsOfRequestsOfEveryKindAndForgetsThem) {
-    const auto server = SERVER_PROCESS_T::serving(SAMPLE_LIBRARY, {"--log-level", "NOTICE"});
-    const std::string place = bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_PARTITION_MOVIES_ARGS_T{"", "sda", "sda1"});
-    const std::string page =
-        bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T{0, 0, 0, 0, 0, 1, 10, 0});
-    const INT32_T movie = ask_for_page({0, 0, 0, 0, 0, 1, 1, 0})->list->info->movid;
-    const std::string detail = bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_DETAIL_MOVIE_INFO_ARGS_T{0, movie});
-    const std::string filter =
-        bytes_of(TP_TAVISYS_MSGTYPE_REQUEST_FILTER_LIST_ARGS_T{TP_FILTER_TYPE_KIND, 0});
-    const std::string codes = request_of_codes(nullptr, nullptr, {"TV1993-0015", "TV2010-0025"});
-    const std::map<INT32_T, std::string> requests = {
-        {1000, ""},    {1001, ""},     {1002, ""},    {1003, ""},   {1004, filter}, {1005, filter},
-        {1006, page},  {1007, detail}, {1008, ""},    {3000, ""},   {3001, place},  {3002, place},
-        {3003, place}, {3004, ""},     {3005, codes}, {5006, page}, {5007, detail}};
-    for (int round = 0; round < 200; round++)
-        for (const auto &[type, body] : requests) {
-            const RAW_REPLY_T reply = exchange(type, body);
-            ASSERT_EQ(0, reply.head.result) << type;
-            ASSERT_LT(0, reply.head.length) << type;
-        }
 }
 
 // Takes root, a loop device and a file system of its own; in a mount namespace that nobody else sees.

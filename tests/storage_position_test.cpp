@@ -5,7 +5,6 @@
 
 #include "dbdata_host.h"
 #include "dbdata_sharedir.h"
-#include "dbdata_version.h"
 #include "harness.h"
 #include "support_memory.h"
 
@@ -39,18 +38,19 @@ HOST_T *tree() {
 }
 
 // The keys of a list, in order.
-template <class NODE>
-std::string keys_of(const NODE *list) {
+std::string key_of(const DBDATA_HOST_INFORMATION_T &info) {
+    return info.ipaddr;
+}
+std::string key_of(const DBDATA_SHAREDIR_INFORMATION_T &info) {
+    return info.sharedir;
+}
+std::string key_of(const auto &info) {
+    return info.devname;
+}
+std::string keys_of(const auto *list) {
     std::string keys;
-    for (const NODE *node : nodes_of(list)) {
-        keys += keys.empty() ? "" : " ";
-        if constexpr (std::is_same_v<NODE, HOST_T>)
-            keys += node->info->ipaddr;
-        else if constexpr (std::is_same_v<NODE, SHAREDIR_T>)
-            keys += node->info->sharedir;
-        else
-            keys += node->info->devname;
-    }
+    for (const auto *node : nodes_of(list))
+        keys += (keys.empty() ? "" : " ") + key_of(*node->info);
     return keys;
 }
 
@@ -132,7 +132,6 @@ TEST_F(StoragePosition, DisksAndPartitionsNeedAnIdUnlessAtTheHeadButAreToldApart
                                    disk("sdd", "S"), disk("sda", "S4")}));
     EXPECT_EQ("sda sdc sdd", keys_of(disks));
     EXPECT_EQ(nullptr, found_node_from_dbdata_harddisk_information_list_by_serialno(disks, nullptr));
-    EXPECT_EQ(nullptr, take_node_from_dbdata_harddisk_information_list_by_serialno(&disks, nullptr));
     EXPECT_EQ(2, dbdata_get_harddisks_from_dbdata_harddisk_information_list(disks));
     EXPECT_EQ("00 00001", add_all(&disks->list, add_node_to_dbdata_partition_information_list,
                                   release_dbdata_partition_information_list,
@@ -142,6 +141,9 @@ TEST_F(StoragePosition, DisksAndPartitionsNeedAnIdUnlessAtTheHeadButAreToldApart
     EXPECT_EQ(15, dbdata_get_movies_from_dbdata_partition_information_list(disks->list));
     EXPECT_EQ(15, dbdata_get_movies_from_dbdata_harddisk_information_list(disks)); // not the disks' 50 each
     release_dbdata_harddisk_information_list(&disks);
+    EXPECT_EQ(nullptr, host(nullptr));
+    EXPECT_EQ(nullptr, disk(nullptr, "S"));
+    EXPECT_EQ(nullptr, partition(nullptr, "U"));
 }
 
 TEST_F(StoragePosition, DirectoriesAreOrderedByTheirFirstByteAsASignedOne) {
@@ -173,30 +175,27 @@ TEST_F(StoragePosition, LookupsAndRemovalsTakeTheFirstMatch) {
     EXPECT_EQ("sdb sdc", keys_of(second));
     EXPECT_EQ(partitions->next, found_node_from_dbdata_partition_information_list_by_uuid(partitions, "U2"));
     EXPECT_EQ(partitions, found_node_from_dbdata_partition_information_list_by_devname(partitions, "sda1"));
-    EXPECT_TRUE(take_log().empty());
+    EXPECT_EQ("", logged());
     EXPECT_EQ(nullptr, found_node_from_dbdata_partition_information_list_by_devname(nullptr, "sda1"));
     EXPECT_EQ(nullptr, found_node_from_dbdata_partition_information_list_by_devname(partitions, nullptr));
-    const auto missing = [](const char *text) {
-        return LOG_LINE_T{"dbdata_position/dbdata_partition.c",
-                          "found_node_from_dbdata_partition_information_list_by_devname", 80, text};
-    };
-    EXPECT_EQ(std::vector({missing("参数获取出错,list((nil)) devname(0x)"),
-                           missing("参数获取出错,list(0x) devname((nil))")}),
-              take_log());
+    const std::string function = "found_node_from_dbdata_partition_information_list_by_devname";
+    EXPECT_EQ(function + " 80 参数获取出错,list((nil)) devname(0x)\n" + function +
+                  " 80 参数获取出错,list(0x) devname((nil))\n",
+              logged("dbdata_position/dbdata_partition.c"));
 
     PARTITION_T *taken = take_node_from_dbdata_partition_information_list_by_uuid(&partitions, "U2");
     taken->next = take_node_from_dbdata_partition_information_list_by_devname(&partitions, "sda1");
     EXPECT_EQ("sda2 sda1", keys_of(taken));
     release_dbdata_partition_information_list(&taken);
-    testing::internal::CaptureStdout();
     INT8_T *const left[] = {second->info->devname, third->info->devname};
-    delete_node_from_dbdata_harddisk_information_list_by_serialno(&disks, "S2");
     delete_node_from_dbdata_harddisk_information_list_by_devname(&disks, "sdc");
-    DISK_T *first = take_node_from_dbdata_harddisk_information_list_by_serialno(&disks, "S");
-    EXPECT_EQ(nullptr, take_node_from_dbdata_harddisk_information_list_by_serialno(&disks, "S"));
-    EXPECT_EQ("删除硬盘节点: S\n", testing::internal::GetCapturedStdout()); // a delete says nothing
-    EXPECT_EQ("sda", keys_of(first));
-    release_dbdata_harddisk_information_list(&first);
+    EXPECT_EQ("删除硬盘节点: S\n", said_by([&] { // a delete says nothing
+                  delete_node_from_dbdata_harddisk_information_list_by_serialno(&disks, "S2");
+                  DISK_T *first = take_node_from_dbdata_harddisk_information_list_by_serialno(&disks, "S");
+                  EXPECT_EQ("sda", keys_of(first));
+                  release_dbdata_harddisk_information_list(&first);
+              }));
+    EXPECT_EQ(nullptr, disks);
     for (INT8_T *devname : left)
         safe_free(devname);
     HOST_T *last = take_node_from_dbdata_host_information_list_by_ipaddr(&hosts, "10.0.0.1");
@@ -208,15 +207,6 @@ TEST_F(StoragePosition, TheListingIndentsEachLevelAndSkipsWhatHasNoRecord) {
     HOST_T *list = tree();
     list->list->list->movstat = {9, 8, 1};
     SHAREDIR_T *directories = sharedir("/a");
-    testing::internal::CaptureStdout();
-    for (const int type : {0, 1, 2, 3}) { // the last is no type, and its line doesn't end
-        list->info->type = static_cast<EVENT_HOST_TYPE_E>(type);
-        show_dbdata_host_information_list(list, 0);
-        release_dbdata_harddisk_information_list(&list->list);
-    }
-    delete_dbdata_host_information(&list->info);
-    show_dbdata_host_information_list(list, 1);
-    show_dbdata_sharedir_information_list(directories, 1);
     const std::string stat = "影片信息: 影片共有7部. 已解析0部, 解析失败0部\n";
     const std::string address = "主机IP地址: 10.0.0.1\n" + stat;
     EXPECT_EQ("主机类型: 本机\n" + address +
@@ -227,13 +217,16 @@ TEST_F(StoragePosition, TheListingIndentsEachLevelAndSkipsWhatHasNoRecord) {
                   "主机类型: NFSVOD服务器\n" +
                   address + "主机类型: HDVOD服务器\n" + address + "主机类型: " + address + "    " + stat +
                   "    共享目录: /a\n    影片信息: 影片共有2部. 已解析0部, 解析失败0部\n",
-              testing::internal::GetCapturedStdout());
+              said_by([&] {
+                  for (const int type : {0, 1, 2, 3}) { // the last is no type, and its line doesn't end
+                      list->info->type = static_cast<EVENT_HOST_TYPE_E>(type);
+                      show_dbdata_host_information_list(list, 0);
+                      release_dbdata_harddisk_information_list(&list->list);
+                  }
+                  delete_dbdata_host_information(&list->info);
+                  show_dbdata_host_information_list(list, 1);
+                  show_dbdata_sharedir_information_list(directories, 1);
+              }));
     release_dbdata_host_information_list(&list);
     release_dbdata_sharedir_information_list(&directories);
-}
-
-TEST_F(StoragePosition, NothingIsMadeWithoutItsKey) {
-    EXPECT_EQ(nullptr, host(nullptr));
-    EXPECT_EQ(nullptr, disk(nullptr, "S"));
-    EXPECT_EQ(nullptr, partition(nullptr, "U"));
 }

@@ -5,59 +5,38 @@
 
 #include <climits>
 #include <gtest/gtest.h>
-#include <iterator>
 
 #include "harness.h"
 
 using namespace harness;
 using namespace std::string_literals;
 
-namespace {
-
-INT8_T untouched; // which no call may have stored: tells an out-argument that was left alone
-
 using Support = LEAK_CHECKED_T;
 
-} // namespace
-
-TEST_F(Support, IntegersTravelLittleEndianAndStringsBehindTheirCount) {
-    EXPECT_EQ("\x41\x9c\0\0\x78\x56\x34\x12\xff\xff\xff\xff"s, wire(40001, 0x12345678, -1));
-    EXPECT_EQ("\x06\0\0\0影柜\xff\xff\xff\xff\0\0\0\0"s, wire("影柜", nullptr, ""));
-    EXPECT_EQ(4, calc_codec_int_data_length());
-    for (INT32_T sent : {0, -1, 40001, 0x12345678, INT_MIN, INT_MAX}) {
-        const BODY_T room("xxxx");
-        INT32_T value = 77;
-        EXPECT_EQ(4, encode_int_data_to_buffer(sent, room.data(), 4));
-        EXPECT_EQ(wire(sent), std::string(room.data(), 4));
-        EXPECT_EQ(4, decode_int_data_from_buffer(room.data(), 4, &value));
-        EXPECT_EQ(sent, value);
-    }
-    for (const INT8_T *sent : std::initializer_list<const INT8_T *>{nullptr, "", "a", "影柜"}) {
-        const std::string bytes = wire(sent);
+TEST_F(Support, IntegersTravelLittleEndianAndStringsBehindTheirCountInTheRoomThatIsLeft) {
+    const struct {
+        const INT8_T *string;
+        std::string bytes;
+    } CASES[] = {{nullptr, "\xff\xff\xff\xff"s}, {"", "\0\0\0\0"s}, {"影柜", "\x06\0\0\0影柜"s}};
+    for (const auto &[string, bytes] : CASES) {
         const auto length = static_cast<INT32_T>(bytes.size());
-        const BODY_T room(std::string(bytes.size(), 'x'));
-        INT8_T *string = &untouched;
-        EXPECT_EQ(length, calc_codec_ptr_data_length(sent));
-        EXPECT_EQ(length, encode_ptr_data_to_buffer(sent, room.data(), length));
-        EXPECT_EQ(bytes, std::string(room.data(), bytes.size()));
-        EXPECT_EQ(length, decode_ptr_data_from_buffer(room.data(), length, &string, 0));
-        EXPECT_STREQ(sent, string);
-        safe_free(string);
+        EXPECT_EQ(length, calc_codec_ptr_data_length(string));
+        for (INT32_T left : {INT_MIN, -1, 0, 1, 3, length - 1, length, length + 5}) {
+            const BODY_T room(std::string(static_cast<size_t>(std::max(left, 0)), 'x'));
+            const INT32_T want = left < length ? -1 : length;
+            EXPECT_EQ(want, encode_ptr_data_to_buffer(string, room.data(), left));
+            EXPECT_TRUE(want < 0 || bytes == std::string(room.data(), bytes.size()));
+            EXPECT_TRUE(want < 0 || left == length || room.data()[length] == 'x');
+        }
     }
-}
-
-TEST_F(Support, CodecKeepsToTheRoomThatIsLeft) {
-    for (INT32_T left : {INT_MIN, -1, 0, 1, 2, 3, 8}) {
-        SCOPED_TRACE(left);
+    EXPECT_EQ(4, calc_codec_int_data_length());
+    for (INT32_T left : {INT_MIN, -1, 0, 3, 4, 8}) {
         const BODY_T room(std::string(static_cast<size_t>(std::max(left, 0)), 'x'));
-        const INT32_T want = left < 4 ? -1 : 4;
         INT32_T value = 5;
-        EXPECT_EQ(want, decode_int_data_from_buffer(room.data(), left, &value));
-        EXPECT_EQ(left < 4, value == 5);
-        EXPECT_EQ(want, encode_int_data_to_buffer(-1, room.data(), left));
-        EXPECT_EQ(want, encode_ptr_data_to_buffer(nullptr, room.data(), left));
-        EXPECT_EQ(-1, encode_ptr_data_to_buffer("five!", room.data(), left));
-        EXPECT_TRUE(left < 8 || room.data()[4] == 'x');
+        EXPECT_EQ(left < 4 ? -1 : 4, encode_int_data_to_buffer(INT_MIN + 0x9c41, room.data(), left));
+        EXPECT_TRUE(left < 4 || "\x41\x9c\0\x80"s == std::string(room.data(), 4));
+        EXPECT_EQ(left < 4 ? -1 : 4, decode_int_data_from_buffer(room.data(), left, &value));
+        EXPECT_EQ(left < 4 ? 5 : INT_MIN + 0x9c41, value);
     }
 }
 
@@ -74,18 +53,14 @@ TEST_F(Support, StringDecodingTakesWholeStringsWithinTheLimitOnly) {
         {"a limit below 0 is none", wire("abc"), -1, 7},
         {"NULL under a limit", wire(nullptr), 1, 4},
         {"one byte short", wire(4, "abc"s), 0, -1},
-        {"half a count", "\x01\0"s, 0, -1},
-        {"nothing", "", 0, -1},
         {"count -2", wire(-2, "abc"s), 0, -1},
-        {"lowest count", wire(INT_MIN, "abc"s), 0, -1},
-        {"highest count", wire(INT_MAX, "abc"s), 0, -1},
         {"a count that wraps with its own 4 bytes", wire(INT_MAX - 3, "abc"s), 0, -1},
-        {"NUL inside", wire(3, "a\0c"s), 0, -1},
         {"NUL at the end", wire(3, "ab\0"s), 0, -1},
     };
     for (const auto &c : CASES) {
         SCOPED_TRACE(c.what);
         const BODY_T body(c.bytes);
+        INT8_T untouched = 0;
         INT8_T *string = &untouched;
         EXPECT_EQ(c.want, decode_ptr_data_from_buffer(body.data(), body.length(), &string, c.longest));
         EXPECT_EQ(c.want < 0, string == &untouched);

@@ -13,12 +13,14 @@
 #include "table.h"
 #include "terminal.h"
 #include "text.h"
+#include "watch.h"
 
 namespace client {
 
 namespace {
 
-constexpr int POLL_INTERVAL = 250; // milliseconds
+// Who waits for a scan isn't to wait for ever for a server that has died.
+constexpr int LONGEST_ABSENCE = 60'000; // milliseconds
 
 // Draws the progress: one line that is drawn again and again on a terminal, a line a change elsewhere.
 class PROGRESS_T {
@@ -51,16 +53,27 @@ private:
     std::string drawn;
 };
 
-STATUS_T watch_status(bool silent, int width) {
+// A line that says how far the scan is, or where there is no answer why there is none.
+STATUS_T watch_status(const ARGUMENTS_T &arguments, int width) {
     const INTERRUPT_GUARD_T guard;
     PROGRESS_T progress{width};
+    PATIENCE_T patience{LONGEST_ABSENCE};
     for (;;) {
-        STATUS_T status = fetch_status();
-        if (!silent)
-            progress.draw(progress_line(*status));
-        if (phase_of(*status) >= SYSRUN_STATUS_READY)
+        STATUS_T status;
+        std::string line;
+        try {
+            status = fetch_status();
+            patience.answered();
+            line = progress_line(*status);
+        } catch (const SERVER_AWAY_T &away) {
+            patience.bear();
+            line = away.what();
+        }
+        if (!arguments.json)
+            progress.draw(line);
+        if (status != nullptr && phase_of(*status) >= SYSRUN_STATUS_READY)
             return status;
-        INTERRUPT_GUARD_T::wait(POLL_INTERVAL);
+        INTERRUPT_GUARD_T::wait(arguments.watch);
     }
 }
 
@@ -88,10 +101,10 @@ std::string run_info(const ARGUMENTS_T &arguments, int width) {
 }
 
 std::string run_status(const ARGUMENTS_T &arguments, int width) {
-    const STATUS_T status = arguments.watch ? watch_status(arguments.json, width) : fetch_status();
+    const STATUS_T status = arguments.watch != 0 ? watch_status(arguments, width) : fetch_status();
     if (arguments.json)
         return to_json(*status);
-    if (arguments.watch)
+    if (arguments.watch != 0)
         return ""; // its last line has said it
     return show(*status, width);
 }

@@ -7,16 +7,18 @@
 #include <string>
 
 #include "arguments.h"
+#include "language.h"
 
 namespace client {
 
 struct COMMAND_T {
     const char *name;
-    const char *help;
+    TEXT_T help;
     void (*declare)(CLI::App &app, ARGUMENTS_T &arguments); // NULL: it has no options of its own
     // Asks the server and returns what to write to standard output, laid out for a terminal of that width
     // (UNLIMITED for none). Throws a CLIENT_ERROR_T.
     std::string (*run)(const ARGUMENTS_T &arguments, int width);
+    bool watches_itself = false; // has its own way of looking again; for the others watch() runs it again
 };
 
 std::span<const COMMAND_T> all_commands();
@@ -40,7 +42,7 @@ std::string run_poster(const ARGUMENTS_T &arguments, int width);
 std::string run_decode(const ARGUMENTS_T &arguments, int width);
 std::string run_raw(const ARGUMENTS_T &arguments, int width);
 
-// Another server's disks
+// A server's disks, be it another one's
 std::string run_disks(const ARGUMENTS_T &arguments, int width);
 std::string run_count(const ARGUMENTS_T &arguments, int width);
 std::string run_fetch(const ARGUMENTS_T &arguments, int width);

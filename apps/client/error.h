@@ -22,6 +22,11 @@ struct CLIENT_ERROR_T : std::runtime_error {
     EXIT_STATUS_E status;
 };
 
+// Nobody is there, or whoever was has gone: it may be worth trying again.
+struct SERVER_AWAY_T : CLIENT_ERROR_T {
+    explicit SERVER_AWAY_T(const std::string &message) : CLIENT_ERROR_T(EXIT_FAILED, message) {}
+};
+
 } // namespace client
 
 #endif

@@ -6,6 +6,7 @@
 #include "messages.h"
 #include "metadata_document.h"
 #include "server.h"
+#include "style.h"
 #include "terminal.h"
 #include "text.h"
 
@@ -53,7 +54,7 @@ private:
     void skip(const MOVIE_RECORD_T &movie, const char *reason) {
         bar_.hide();
         const std::string code = cut_to_width(printable(text_of(movie.movcode)), LONGEST_SHOWN_CODE);
-        write_error(fill(messages::RECORD_SKIPPED, {code, std::to_string(movie.mid), reason}));
+        write_error(paint_error(fill(messages::RECORD_SKIPPED, {code, std::to_string(movie.mid), reason})));
         SKIPPED_MOVIE_T &skipped =
             account_.skipped.emplace_back(SKIPPED_MOVIE_T{movie.mid, std::nullopt, reason});
         if (movie.movcode != nullptr)
@@ -63,7 +64,8 @@ private:
     const LIBRARY_FOLDER_T &folder_;
     FETCHED_T account_;
     std::unordered_set<std::string> folders_;
-    common::PROGRESS_BAR_T bar_{messages::WRITING_DOCUMENTS, common::ELSEWHERE_T::NOTHING};
+    common::PROGRESS_BAR_T bar_{messages::WRITING_DOCUMENTS.get(), common::ELSEWHERE_T::NOTHING,
+                                messages::BAR_FAILED.get()};
 };
 
 } // namespace

@@ -25,14 +25,14 @@ HELP_FORMATTER_T::HELP_FORMATTER_T() {
 std::string HELP_FORMATTER_T::make_usage(const CLI::App *app, std::string name) const {
     std::string usage = std::string(messages::HELP_USAGE) + ": " + name;
     if (app->get_parent() == nullptr)
-        return usage + " " + messages::HELP_COMMANDS + " [" + messages::HELP_OPTIONS + "]\n";
+        return usage + " " + messages::HELP_COMMANDS.get() + " [" + messages::HELP_OPTIONS.get() + "]\n";
     for (const CLI::Option *option : app->get_options()) {
         if (!option->get_positional())
             continue;
         const std::string argument = option->get_name(true);
         usage += option->get_required() ? " " + argument : " [" + argument + "]";
     }
-    return usage + " [" + messages::HELP_OPTIONS + "]\n";
+    return usage + " [" + messages::HELP_OPTIONS.get() + "]\n";
 }
 
 std::string HELP_FORMATTER_T::make_option(const CLI::Option *option, bool is_positional) const {

@@ -1,4 +1,4 @@
-// The help texts' layout: Chinese headings, columns by display width.
+// The help texts' layout: headings of our own, columns by display width.
 #ifndef TAVISYS_CLIENT_HELP_H
 #define TAVISYS_CLIENT_HELP_H
 

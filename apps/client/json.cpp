@@ -1,42 +1,6 @@
-// The shape of each command's document. Names and values are those of the records; a string or a record
-// that isn't there is null, a list or the ids that aren't there are []. Members may be added, those that
-// are here stay.
-//
-//   version     {"version", "name", "devid"}
-//   info        {"hdnum", "movnum"}
-//   status      {"status", "total_movies", "parseok_movies", "parseerr_movies", "left_movies"};
-//               with --watch the one with which the scan was done
-//   uuid        {"uuid"}
-//   categories  {"list": [{"id", "name", "movies"}, ...]}
-//   filters     {"list": [{"id", "name"}, ...]}
-//   movies      {"pageinfo": {"pagenum", "pagesize", "totalpages", "totalmovies", "replymovies"},
-//                "list": [{"movid", "movcode", "movname", "score", "puttime", "pubtime", "nposter",
-//                "bposter",
-//                          "acronym", "category_id", "year_id", "kind_ids": [...], "area_ids": [...],
-//                          "dimension_ids": [...], "resolution_ids": [...], "hdsn", "index"}, ...]}
-//   movie       {"name", "year", "dimension_info": {"id", "name"}, "poster",
-//                "director_info": {"desc", "list": ["name", ...]}, "actor_info": {as director_info},
-//                "kind_info": {as director_info}, "duration_info": {"desc", "value"},
-//                "summary_info": {"desc", "value"}, "videos",
-//                "video_list": [{"id", "seqno", "name", "mp4"}, ...]}
-//   touch       as movies, each movie with "totalvideo" and "duration" as well
-//   poster      {"poster"}
-//   name        {"name"}; with set the one that is now in force
-//   disks       {"list": [{"devname", "serialno", "list": [{"seqno", "devname", "uuid", "mntp"}, ...]}, ...]}
-//   count       {"movies"}
-//   fetch       {"folder", "movies", "written", "skipped": [{"mid", "movcode", "reason"}, ...]}
-//   decode      the reply's as the command that asks for it has it; null where there is no body to decode;
-//               kinds: as categories; disk: as disks;
-//               transfer, codes: {"list": [{"mid", "movcode", "movnamech", "movnameen", "imdbvalue",
-//               "acronym", "dimension_list": ["name", ...], "resolution_list", "category_list", "kind_list",
-//               "area_list": {as dimension_list}, "director_list": [{"code", "name"}, ...],
-//               "actor_list": {as director_list}, "year_list": [...], "puttime", "pubtime", "putintime",
-//               "duration", "posters": {"big", "middle", "small"}, "summary", "episodes",
-//               "video_list": [{"vid", "seqno", "name", "filepath", "mp4"}, ...]}, ...]};
-//               of a request its fields, those of codes with "list": ["movcode", ...]
-//   raw         {"type", "result", "length", "body": "hexadecimal digits", "decoded": {as decode}};
-//               "decoded" is null where the body isn't known or can't be decoded, and {"text"} for plain text
-//               behind a head of text
+// docs/client.md shows the shape of each command's document, which a test holds against what is written here.
+// A string or a record that isn't there is null, a list or the ids that aren't there are []. Members may be
+// added, those that are there stay.
 #include "json.h"
 
 #include <cstring>
@@ -371,7 +335,7 @@ std::vector<FIELD_T> members_of(const std::string &document) {
             const std::string item = one.is_string() ? one.get<std::string>()
                                      : one.is_null() ? ""
                                                      : one.dump();
-            text += (text.empty() ? "" : messages::NAME_SEPARATOR) + item;
+            text += (text.empty() ? "" : messages::NAME_SEPARATOR.get()) + item;
         }
         fields.push_back({name, text});
     }

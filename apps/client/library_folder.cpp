@@ -32,7 +32,7 @@ std::string join(const std::string &folder, const std::string &name) {
 }
 
 [[noreturn]] void fail(const std::string &path, int failure) {
-    const std::string reason = failure == ENOTDIR ? messages::NOT_A_FOLDER : std::strerror(failure);
+    const std::string reason = failure == ENOTDIR ? messages::NOT_A_FOLDER.get() : std::strerror(failure);
     throw CLIENT_ERROR_T(EXIT_FAILED, fill(messages::FOLDER_FAILED, {path, reason}));
 }
 

@@ -201,7 +201,7 @@ void check_loadable(const std::string &document) {
         document.data(), static_cast<INT32_T>(document.size()), &movie, &failure);
     const LOADED_T loaded{movie};
     if (result != 0)
-        throw UNFIT_RECORD_T(get_tavi_metadata_failure_text(failure));
+        throw UNFIT_RECORD_T(fill(messages::RECORD_NOT_LOADABLE, {get_tavi_metadata_failure_text(failure)}));
 }
 
 } // namespace

@@ -50,7 +50,7 @@ const NAMED_ID_T *find_id_in(const std::vector<NAMED_ID_T> &list, INT32_T id) {
 std::string join(const std::vector<NAMED_ID_T> &list) {
     std::string names;
     for (std::size_t i = 0; i < std::min(list.size(), SHOWN_NAMES); i++)
-        names += (i > 0 ? messages::NAME_SEPARATOR : "") + list[i].name;
+        names += (i > 0 ? messages::NAME_SEPARATOR.get() : "") + list[i].name;
     return names;
 }
 
@@ -101,7 +101,7 @@ const NAME_BOOK_T::NAMED_IDS_T &NAME_BOOK_T::list_of(const ATTRIBUTE_T &attribut
 }
 
 INT32_T NAME_BOOK_T::find_id(const ATTRIBUTE_T &attribute, INT32_T cid, const std::string &text) {
-    if (text.empty() || text == messages::EVERYTHING)
+    if (text.empty() || text == TAVISYS_NAME_OF_ALL)
         return ALL;
     const bool number = is_number(text);
     const INT32_T id = number ? read_id(text) : ALL;

@@ -15,9 +15,9 @@ namespace client {
 constexpr INT32_T ALL = 0; // the id that filters nothing
 
 struct ATTRIBUTE_T {
-    INT32_T type;      // a TP_FILTER_TYPE_E; 0 for the category, which has a list of its own
-    const char *word;  // how the command line calls it
-    const char *label; // how people call it
+    INT32_T type;     // a TP_FILTER_TYPE_E; 0 for the category, which has a list of its own
+    const char *word; // how the command line calls it
+    TEXT_T label;     // how people call it
 };
 
 constexpr INT32_T CATEGORY_TYPE = 0;
@@ -50,11 +50,12 @@ public:
     // The name of an id, or the id as a number where the server doesn't tell.
     std::string name_of(const ATTRIBUTE_T &attribute, INT32_T cid, INT32_T id);
 
-private:
     using NAMED_IDS_T = std::vector<NAMED_ID_T>;
 
+    // Throws a CLIENT_ERROR_T where the server doesn't tell.
     const NAMED_IDS_T &list_of(const ATTRIBUTE_T &attribute, INT32_T cid);
 
+private:
     NAMES_FROM_T from_;
     std::map<std::pair<INT32_T, INT32_T>, NAMED_IDS_T> lists; // by type and category
 };

@@ -1,5 +1,8 @@
 #include "server.h"
 
+#include <arpa/inet.h>
+#include <netdb.h>
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -18,24 +21,25 @@ namespace client {
 namespace {
 
 struct RESULT_TEXT_T {
+    TEXT_T text;
     RTSTATUS result;
-    const char *text;
+    bool away = false; // it may go well the next time
 };
 
 constexpr RESULT_TEXT_T RESULT_TEXTS[] = {
-    {-1, messages::REFUSED_OR_MALFORMED}, // the agent's own failure and a server's -1 look alike
-    {-TRLV_TP_ERRCODE_MALLOC_FAIL, messages::NO_MEMORY},
-    {-TRLV_TP_ERRCODE_RECEIVE_MSGHEAD_FAIL, messages::NO_ANSWER},
-    {-TRLV_TP_ERRCODE_RECEIVE_MSGBODY_FAIL, messages::ANSWER_CUT_SHORT},
-    {-TRLV_TP_ERRCODE_SEND_MSGHEAD_FAIL, messages::REQUEST_NOT_SENT},
-    {-TRLV_TP_ERRCODE_SEND_MSGBODY_FAIL, messages::REQUEST_NOT_SENT},
-    {-TRLV_TP_ERRCODE_CHECK_TYPE_MISMATCH, messages::ANSWER_MALFORMED},
-    {-TRLV_TP_ERRCODE_RECEIVE_INVALID_MESSAGE, messages::ANSWER_MALFORMED},
-    {TAVISYS_RESULT_UNKNOWN_TYPE, messages::REFUSED_TYPE},
-    {TAVISYS_RESULT_BAD_REQUEST, messages::REFUSED_REQUEST},
-    {TAVISYS_RESULT_NO_SUCH_MOVIE, messages::REFUSED_MOVIE},
-    {TAVISYS_RESULT_NO_SUCH_POSITION, messages::REFUSED_POSITION},
-    {TAVISYS_RESULT_SERVER_ERROR, messages::REFUSED_BY_ERROR},
+    {messages::REFUSED_OR_MALFORMED, -1}, // the agent's own failure and a server's -1 look alike
+    {messages::NO_MEMORY, -TRLV_TP_ERRCODE_MALLOC_FAIL},
+    {messages::NO_ANSWER, -TRLV_TP_ERRCODE_RECEIVE_MSGHEAD_FAIL, true},
+    {messages::ANSWER_CUT_SHORT, -TRLV_TP_ERRCODE_RECEIVE_MSGBODY_FAIL, true},
+    {messages::REQUEST_NOT_SENT, -TRLV_TP_ERRCODE_SEND_MSGHEAD_FAIL, true},
+    {messages::REQUEST_NOT_SENT, -TRLV_TP_ERRCODE_SEND_MSGBODY_FAIL, true},
+    {messages::ANSWER_MALFORMED, -TRLV_TP_ERRCODE_CHECK_TYPE_MISMATCH},
+    {messages::ANSWER_MALFORMED, -TRLV_TP_ERRCODE_RECEIVE_INVALID_MESSAGE},
+    {messages::REFUSED_TYPE, TAVISYS_RESULT_UNKNOWN_TYPE},
+    {messages::REFUSED_REQUEST, TAVISYS_RESULT_BAD_REQUEST},
+    {messages::REFUSED_MOVIE, TAVISYS_RESULT_NO_SUCH_MOVIE},
+    {messages::REFUSED_POSITION, TAVISYS_RESULT_NO_SUCH_POSITION},
+    {messages::REFUSED_BY_ERROR, TAVISYS_RESULT_SERVER_ERROR},
 };
 
 constexpr const char *HERE = TAVISYS_LOCAL_SERVER_ADDRESS;
@@ -61,10 +65,10 @@ private:
 };
 
 [[noreturn]] void fail_to_reach(const std::string &host, INT32_T port) {
-    throw CLIENT_ERROR_T(EXIT_FAILED, fill(messages::UNREACHABLE, {host, std::to_string(port)}));
+    throw SERVER_AWAY_T(fill(messages::UNREACHABLE, {host, std::to_string(port)}));
 }
 
-[[noreturn]] void fail(const char *message, RTSTATUS result) {
+[[noreturn]] void fail(const TEXT_T &message, RTSTATUS result) {
     throw CLIENT_ERROR_T(EXIT_FAILED, fill(message, {std::to_string(result)}));
 }
 
@@ -72,6 +76,10 @@ private:
 [[noreturn]] void fail_with_result(RTSTATUS result, const std::string &host = HERE) {
     if (result == -1 && !CONNECTION_T(host, TAVISYS_MSG_CHANNEL_PORT).is_there())
         fail_to_reach(host, TAVISYS_MSG_CHANNEL_PORT);
+    for (const RESULT_TEXT_T &known : RESULT_TEXTS) {
+        if (known.result == result && known.away)
+            throw SERVER_AWAY_T(known.text);
+    }
     throw CLIENT_ERROR_T(EXIT_FAILED, refusal(result));
 }
 
@@ -206,6 +214,25 @@ std::string fetch_poster() {
     if (result != 0)
         fail_with_result(result);
     return poster.data();
+}
+
+std::string find_address(const std::string &server) {
+    in_addr address{};
+    if (server.empty())
+        return HERE;
+    if (inet_pton(AF_INET, server.c_str(), &address) == 1)
+        return server;
+    addrinfo wanted{};
+    wanted.ai_family = AF_INET;
+    wanted.ai_socktype = SOCK_STREAM;
+    addrinfo *found = nullptr;
+    const int failure = getaddrinfo(server.c_str(), nullptr, &wanted, &found);
+    if (failure != 0)
+        throw SERVER_AWAY_T(fill(messages::UNKNOWN_HOST, {server, gai_strerror(failure)}));
+    std::array<char, INET_ADDRSTRLEN> text{};
+    getnameinfo(found->ai_addr, found->ai_addrlen, text.data(), text.size(), nullptr, 0, NI_NUMERICHOST);
+    freeaddrinfo(found);
+    return text.data();
 }
 
 DISKS_T fetch_disks(const std::string &host) {

@@ -48,6 +48,9 @@ PAGE_T fetch_page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &requ
 MOVIE_T fetch_movie(INT32_T cid, INT32_T mid);
 std::string fetch_poster(); // the path of one that the server picks
 
+// The address of a server: of the name, of this machine for an empty one.
+std::string find_address(const std::string &server);
+
 // A partition of a disk of the server at an address.
 struct POSITION_T {
     std::string host; // dotted IPv4

@@ -43,7 +43,7 @@ std::string show_minutes(INT32_T minutes) {
 }
 
 void append_name(std::string &names, const std::string &name) {
-    names.append(names.empty() ? "" : messages::NAME_SEPARATOR).append(name);
+    names.append(names.empty() ? "" : messages::NAME_SEPARATOR.get()).append(name);
 }
 
 // Every movie carries "全部" among its values, which says nothing about it.
@@ -52,7 +52,7 @@ std::string show_ids(const BASIC_MOVIE_IDS_T *ids, const ATTRIBUTE_T &attribute,
     std::string shown;
     for (INT32_T i = 0; ids != nullptr && i < ids->num; i++) {
         const std::string name = names.name_of(attribute, cid, ids->ids[i]);
-        if (name != messages::EVERYTHING)
+        if (name != TAVISYS_NAME_OF_ALL)
             append_name(shown, name);
     }
     return shown;
@@ -66,10 +66,10 @@ constexpr std::ptrdiff_t CATEGORY_COLUMN = 2;
 TABLE_T movies_table(INT32_T cid, PAGE_FORM_T form) {
     TABLE_T table{{{messages::ID, ALIGN_T::RIGHT},
                    {messages::TITLE, ALIGN_T::LEFT, TITLE_WIDTH},
-                   {messages::KIND, ALIGN_T::LEFT, NARROWEST},
+                   {messages::KIND, ALIGN_T::LEFT, NARROWEST, STYLE_T::MARKS},
                    {messages::AREA, ALIGN_T::LEFT, NARROWEST},
                    {messages::YEAR, ALIGN_T::LEFT, NARROWEST},
-                   {messages::DIMENSION, ALIGN_T::LEFT, NARROWEST},
+                   {messages::DIMENSION, ALIGN_T::LEFT, NARROWEST, STYLE_T::MARKS},
                    {messages::SCORE, ALIGN_T::RIGHT},
                    {messages::PUT_TIME},
                    {messages::PUBLISH_TIME}},
@@ -112,22 +112,23 @@ template <class NODE>
 std::string join_names(const NODE *list) {
     std::string names;
     for_each_record(list, [&names](const auto &record) {
-        if (const std::string name = text_of(record.name); name != messages::EVERYTHING)
+        if (const std::string name = text_of(record.name); name != TAVISYS_NAME_OF_ALL)
             append_name(names, name);
     });
     return names;
 }
 
-void add_list_field(std::vector<FIELD_T> &fields, const char *label,
+void add_list_field(std::vector<FIELD_T> &fields, const TEXT_T &label,
                     const TP_MOVIE_FILTER_KVP_INFORMATION_T *info) {
     const bool own_label = info != nullptr && info->desc != nullptr;
-    fields.push_back({own_label ? info->desc : label, info == nullptr ? "" : join_names(info->list)});
+    fields.push_back({own_label ? info->desc : label.get(), info == nullptr ? "" : join_names(info->list),
+                      STYLE_T::MARKS});
 }
 
-void add_value_field(std::vector<FIELD_T> &fields, const char *label,
+void add_value_field(std::vector<FIELD_T> &fields, const TEXT_T &label,
                      const TP_MOVIE_SINGLE_KVP_INFORMATION_T *info) {
     const bool own_label = info != nullptr && info->desc != nullptr;
-    fields.push_back({own_label ? info->desc : label, info == nullptr ? "" : text_of(info->value)});
+    fields.push_back({own_label ? info->desc : label.get(), info == nullptr ? "" : text_of(info->value)});
 }
 
 // The labels are the server's: they differ by category ("主演", "演唱", "主持人").
@@ -136,7 +137,7 @@ std::string show_details(const TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T &movie, int
     std::vector<FIELD_T> fields{
         {messages::TITLE, text_of(movie.name)},
         {messages::YEAR, show_year(movie.year)},
-        {messages::DIMENSION, dimension == nullptr ? "" : text_of(dimension->name)},
+        {messages::DIMENSION, dimension == nullptr ? "" : text_of(dimension->name), STYLE_T::MARKS},
     };
     add_list_field(fields, messages::DIRECTORS, movie.director_info);
     add_list_field(fields, messages::ACTORS, movie.actor_info);
@@ -203,10 +204,10 @@ std::string show_whole_movie(const WHOLE_MOVIE_T &movie, int width) {
                            {messages::TITLE, text_of(movie.movnamech)},
                            {messages::ENGLISH_TITLE, text_of(movie.movnameen)},
                            {messages::CATEGORY, join_names(movie.category_list)},
-                           {messages::KIND, join_names(movie.kind_list)},
+                           {messages::KIND, join_names(movie.kind_list), STYLE_T::MARKS},
                            {messages::AREA, join_names(movie.area_list)},
                            {messages::YEAR, join_years(movie.year_list)},
-                           {messages::DIMENSION, join_names(movie.dimension_list)},
+                           {messages::DIMENSION, join_names(movie.dimension_list), STYLE_T::MARKS},
                            {messages::RESOLUTION, join_names(movie.resolution_list)},
                            {messages::SCORE, text_of(movie.imdbvalue)},
                            {messages::PUT_TIME, show_date(movie.puttime)},
@@ -222,7 +223,7 @@ std::string show_whole_movie(const WHOLE_MOVIE_T &movie, int width) {
 }
 
 template <class NODE>
-std::string show_counted_values(const NODE *list, const char *label, int width) {
+std::string show_counted_values(const NODE *list, const TEXT_T &label, int width) {
     TABLE_T table{{{messages::ID, ALIGN_T::RIGHT},
                    {label, ALIGN_T::LEFT, NARROWEST},
                    {messages::MOVIES, ALIGN_T::RIGHT}},
@@ -252,7 +253,7 @@ std::string show(const TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T &status, int width
     return lay_out_fields({{messages::PHASE, phase_name(phase_of(status))},
                            {messages::FOUND, std::to_string(status.total_movies)},
                            {messages::PARSED, std::to_string(status.parseok_movies)},
-                           {messages::FAILED, std::to_string(status.parseerr_movies)},
+                           failures_field(messages::FAILED, status.parseerr_movies),
                            {messages::LEFT, std::to_string(status.left_movies)}},
                           width);
 }
@@ -265,8 +266,8 @@ std::string show(const TP_TAVISYS_KIND_INFORMATION_LIST_T *list, int width) {
     return show_counted_values(list, messages::KIND, width);
 }
 
-std::string show(const TP_TAVISYS_FILTER_INFORMATION_LIST_T *list, int width, const char *label) {
-    TABLE_T table{{{messages::ID, ALIGN_T::RIGHT}, {label, ALIGN_T::LEFT, NARROWEST}}, {}};
+std::string show(const TP_TAVISYS_FILTER_INFORMATION_LIST_T *list, int width, const TEXT_T &label) {
+    TABLE_T table{{{messages::ID, ALIGN_T::RIGHT}, {label, ALIGN_T::LEFT, NARROWEST, STYLE_T::MARKS}}, {}};
     for_each_record(list, [&table](const TP_TAVISYS_FILTER_INFORMATION_T &filter) {
         table.rows.push_back({std::to_string(filter.id), text_of(filter.name)});
     });
@@ -280,7 +281,7 @@ std::string show(const TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T &page, int width
         table.rows.push_back(movie_row(movie, cid, form, names));
     });
     const TP_PAGE_INFORMATION &info = page.pageinfo;
-    return (table.rows.empty() ? messages::EMPTY_PAGE : lay_out_table(table, width)) +
+    return (table.rows.empty() ? std::string(messages::EMPTY_PAGE) : lay_out_table(table, width)) +
            fill(messages::PAGE_LINE, {std::to_string(info.pagenum), std::to_string(info.totalpages),
                                       std::to_string(info.totalmovies)});
 }
@@ -298,7 +299,7 @@ std::string show(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *disks, int width)
                    {messages::MOUNT_POINT, ALIGN_T::LEFT, NARROWEST}},
                   {}};
     for_each_node(disks, [&table](const DISK_NODE_T &disk) { add_disk(table, disk); });
-    return table.rows.empty() ? messages::NO_DISKS : lay_out_table(table, width);
+    return table.rows.empty() ? std::string(messages::NO_DISKS) : lay_out_table(table, width);
 }
 
 std::string show(const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *movies, int width) {
@@ -306,7 +307,7 @@ std::string show(const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *movies, int w
     for_each_record(movies, [&](const WHOLE_MOVIE_T &movie) {
         text.append(text.empty() ? "" : "\n").append(show_whole_movie(movie, width));
     });
-    return text.empty() ? messages::NO_MOVIES : text;
+    return text.empty() ? std::string(messages::NO_MOVIES) : text;
 }
 
 std::string show_movie_count(INT32_T movies, int width) {

@@ -17,7 +17,7 @@ std::string show(const TP_TAVISYS_SYSRUN_STATUS_INFORMATION_T &status, int width
 std::string show(const TP_TAVISYS_CATEGORY_INFORMATION_LIST_T *list, int width);
 std::string show(const TP_TAVISYS_KIND_INFORMATION_LIST_T *list, int width);
 std::string show(const TP_TAVISYS_FILTER_INFORMATION_LIST_T *list, int width,
-                 const char *label = messages::NAME);
+                 const TEXT_T &label = messages::NAME);
 std::string show(const TP_TAVISYS_DETAIL_MOVIE_INFORMATION_T &movie, int width);
 std::string show(const TP_TAVISYS_HARDDISK_INFORMATION_LIST_T *disks, int width);
 std::string show(const TP_TAVISYS_DBDATA_MOVIE_INFORMATION_LIST_T *movies, int width);

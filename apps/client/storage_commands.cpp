@@ -1,4 +1,4 @@
-// The commands that ask another server about its disks: disks, count, fetch.
+// The commands that ask a server about its disks, be it another one's: disks, count, fetch.
 #include "command.h"
 #include "error.h"
 #include "fetched.h"
@@ -14,21 +14,22 @@ namespace client {
 namespace {
 
 POSITION_T position_of(const ARGUMENTS_T &arguments) {
-    return {arguments.host, arguments.disk, arguments.partition};
+    return {find_address(arguments.server), arguments.disk, arguments.partition};
 }
 
 std::string show_fetched(const FETCHED_T &fetched, int width) {
-    return lay_out_fields({{messages::FOLDER, fetched.folder},
-                           {messages::MOVIES, std::to_string(fetched.movies)},
-                           {messages::WRITTEN, std::to_string(fetched.written)},
-                           {messages::SKIPPED, std::to_string(fetched.skipped.size())}},
-                          width);
+    return lay_out_fields(
+        {{messages::FOLDER, fetched.folder},
+         {messages::MOVIES, std::to_string(fetched.movies)},
+         {messages::WRITTEN, std::to_string(fetched.written)},
+         failures_field(messages::SKIPPED, static_cast<std::int64_t>(fetched.skipped.size()))},
+        width);
 }
 
 } // namespace
 
 std::string run_disks(const ARGUMENTS_T &arguments, int width) {
-    const DISKS_T disks = fetch_disks(arguments.host);
+    const DISKS_T disks = fetch_disks(find_address(arguments.server));
     if (arguments.json)
         return to_json(disks.get());
     return show(disks.get(), width);

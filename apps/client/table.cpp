@@ -46,15 +46,16 @@ void fit(std::vector<int> &widths, const std::vector<COLUMN_T> &columns, int wid
     shrink(widths, floors, width);
 }
 
+// Styles come last: they have no width.
 std::string lay_out_row(const std::vector<std::string> &cells, const std::vector<COLUMN_T> &columns,
-                        const std::vector<int> &widths) {
+                        const std::vector<int> &widths, bool heading) {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); i++) {
         const std::string cell = columns[i].narrowest == UNCUT ? cells[i] : cut_to_width(cells[i], widths[i]);
         const int padding = widths[i] - display_width(cell);
         if (columns[i].align == ALIGN_T::RIGHT)
             append_blanks(line, padding);
-        line += cell;
+        line += paint(heading ? STYLE_T::HEADING : columns[i].style, cell);
         if (i + 1 < cells.size()) // no blanks at the end of a line
             append_blanks(line, GAP + (columns[i].align == ALIGN_T::LEFT ? padding : 0));
     }
@@ -62,6 +63,10 @@ std::string lay_out_row(const std::vector<std::string> &cells, const std::vector
 }
 
 } // namespace
+
+FIELD_T failures_field(const std::string &label, std::int64_t count) {
+    return {label, std::to_string(count), count == 0 ? STYLE_T::PLAIN : STYLE_T::FAILURE};
+}
 
 std::string lay_out_table(const TABLE_T &table, int width) {
     std::vector<std::vector<std::string>> lines(1);
@@ -80,7 +85,7 @@ std::string lay_out_table(const TABLE_T &table, int width) {
         fit(widths, table.columns, width);
     std::string result;
     for (const std::vector<std::string> &line : lines)
-        result += lay_out_row(line, table.columns, widths);
+        result += lay_out_row(line, table.columns, widths, &line == &lines.front());
     return result;
 }
 
@@ -94,10 +99,10 @@ std::string lay_out_fields(const std::vector<FIELD_T> &fields, int width) {
         const std::string label = printable(field.label);
         const int room = width == UNLIMITED ? display_width(value) : std::max(width - indent, MIN_VALUE);
         int padding = indent - display_width(label);
-        result += label;
+        result += paint(STYLE_T::HEADING, label);
         for (const std::string &line : wrap_to_width(value, room)) {
             append_blanks(result, padding);
-            result += line + "\n";
+            result += paint(field.style, line) + "\n";
             padding = indent;
         }
     }

@@ -2,8 +2,11 @@
 #ifndef TAVISYS_CLIENT_TABLE_H
 #define TAVISYS_CLIENT_TABLE_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
+
+#include "style.h"
 
 namespace client {
 
@@ -16,7 +19,8 @@ enum class ALIGN_T { LEFT, RIGHT };
 struct COLUMN_T {
     std::string heading;
     ALIGN_T align = ALIGN_T::LEFT;
-    int narrowest = UNCUT; // cut to this width before other columns give way further
+    int narrowest = UNCUT;          // cut to this width before other columns give way further
+    STYLE_T style = STYLE_T::PLAIN; // of the cells
 };
 
 // Cells may hold anything, they are made printable here; an empty one is shown as "-".
@@ -28,7 +32,11 @@ struct TABLE_T {
 struct FIELD_T {
     std::string label;
     std::string value;
+    STYLE_T style = STYLE_T::PLAIN; // of the value
 };
+
+// Stands out unless it is zero.
+FIELD_T failures_field(const std::string &label, std::int64_t count);
 
 // The table, within so many columns of the terminal as far as cutting can achieve it.
 std::string lay_out_table(const TABLE_T &table, int width);

@@ -18,7 +18,9 @@ namespace client {
 
 namespace {
 
-constexpr int USUAL_WIDTH = 80; // of a terminal that doesn't know its own
+// Of a terminal that doesn't know its own
+constexpr int USUAL_WIDTH = 80;
+constexpr int USUAL_ROWS = 24;
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -35,6 +37,15 @@ int terminal_width() {
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
         return USUAL_WIDTH;
     return size.ws_col;
+}
+
+int terminal_rows() {
+    if (isatty(STDOUT_FILENO) == 0)
+        return NO_ROWS;
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0)
+        return USUAL_ROWS;
+    return size.ws_row;
 }
 
 int write_all(int file, std::string_view text) {

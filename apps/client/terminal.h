@@ -11,6 +11,10 @@ namespace client {
 // Columns of the terminal that standard output is; UNLIMITED when it is a file or a pipe.
 int terminal_width();
 
+// Its rows; NO_ROWS when standard output is a file or a pipe.
+constexpr int NO_ROWS = 0;
+int terminal_rows();
+
 // Writes all of it to a file. 0, or the errno of the write that failed.
 int write_all(int file, std::string_view text);
 

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "language.h"
+
 namespace client {
 
 // A record's string, which may be missing.
@@ -48,6 +50,9 @@ std::vector<std::string> wrap_to_width(std::string_view text, int width);
 
 // A message with {0}, {1}, ... replaced by the printable arguments.
 std::string fill(std::string_view message, std::initializer_list<std::string> arguments);
+inline std::string fill(const TEXT_T &message, std::initializer_list<std::string> arguments) {
+    return fill(std::string_view(message.get()), arguments);
+}
 
 } // namespace client
 

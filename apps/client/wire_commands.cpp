@@ -126,7 +126,7 @@ std::string fault_of(const RAW_REPLY_T &reply, const RAW_QUESTION_T &question, b
                    : fill(messages::REFUSED, {std::to_string(reply.result)});
     if (static_cast<std::size_t>(reply.length) > reply.body.size())
         return messages::ANSWER_CUT_SHORT;
-    return is_readable ? "" : messages::ANSWER_MALFORMED;
+    return is_readable ? std::string() : messages::ANSWER_MALFORMED;
 }
 
 } // namespace
@@ -137,7 +137,7 @@ std::string run_decode(const ARGUMENTS_T &arguments, int width) {
     const std::optional<DECODED_T> decoded =
         (arguments.request ? message->request : message->reply)(body, LOOK_T{arguments.json, width});
     if (!decoded.has_value()) {
-        const char *text = arguments.request ? messages::NO_SUCH_REQUEST : messages::NO_SUCH_REPLY;
+        const TEXT_T &text = arguments.request ? messages::NO_SUCH_REQUEST : messages::NO_SUCH_REPLY;
         throw CLIENT_ERROR_T(EXIT_FAILED, fill(text, {std::to_string(body.size()), message->word}));
     }
     tell_of_rest(body, *decoded);
@@ -146,14 +146,14 @@ std::string run_decode(const ARGUMENTS_T &arguments, int width) {
 
 std::string run_raw(const ARGUMENTS_T &arguments, int width) {
     const HEAD_FORM_T form = arguments.text_head ? HEAD_FORM_T::TEXT : HEAD_FORM_T::BINARY;
-    const RAW_QUESTION_T question{arguments.host, arguments.port, type_of(arguments.message),
+    const RAW_QUESTION_T question{find_address(arguments.server), arguments.port, type_of(arguments.message),
                                   bytes_of_hex(arguments.body).value_or("")};
     if (form == HEAD_FORM_T::TEXT)
         check_text_head(question);
     const RAW_REPLY_T reply = exchange(question, form);
     const std::optional<DECODED_T> decoded = decode_reply(reply, form, LOOK_T{arguments.json, width});
-    const std::string answer = arguments.json ? reply_to_json(reply, decoded.has_value() ? decoded->text : "")
-                                              : show_reply(reply, decoded, width);
+    std::string answer = arguments.json ? reply_to_json(reply, decoded.has_value() ? decoded->text : "")
+                                        : show_reply(reply, decoded, width);
     // Behind a head of text a body may be whatever the two agree on.
     const bool is_free = form == HEAD_FORM_T::TEXT || find_message(reply.type) == nullptr;
     const std::string fault = fault_of(reply, question, decoded.has_value() || is_free);

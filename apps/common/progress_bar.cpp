@@ -20,8 +20,8 @@ int64_t now_ms() {
 
 } // namespace
 
-PROGRESS_BAR_T::PROGRESS_BAR_T(const char *title, ELSEWHERE_T elsewhere)
-    : title_(title), terminal_(isatty(STDERR_FILENO) == 1),
+PROGRESS_BAR_T::PROGRESS_BAR_T(const char *title, ELSEWHERE_T elsewhere, const char *failed)
+    : title_(title), failed_(failed), terminal_(isatty(STDERR_FILENO) == 1),
       silent_(!terminal_ && elsewhere == ELSEWHERE_T::NOTHING) {}
 
 void PROGRESS_BAR_T::show(const PROGRESS_T &progress) {
@@ -52,8 +52,8 @@ void PROGRESS_BAR_T::draw(const PROGRESS_T &progress) {
     const int filled = percent_ * BAR_WIDTH / 100;
     const std::string bar = std::string(static_cast<size_t>(filled), '#') +
                             std::string(static_cast<size_t>(BAR_WIDTH - filled), '.');
-    fprintf(stderr, "\r\033[K%s [%s] %3d%% %d/%d 失败%d", title_, bar.c_str(), percent_, progress.done,
-            progress.total, progress.failed);
+    fprintf(stderr, "\r\033[K%s [%s] %3d%% %d/%d %s%d", title_, bar.c_str(), percent_, progress.done,
+            progress.total, failed_, progress.failed);
     drawn_ = true;
 }
 

@@ -18,8 +18,9 @@ enum class ELSEWHERE_T { PLAIN_LINES, NOTHING };
 
 class PROGRESS_BAR_T {
 public:
-    // The title says what is being done; it is kept as the pointer that it is.
-    PROGRESS_BAR_T(const char *title, ELSEWHERE_T elsewhere);
+    // The title says what is being done, the word stands before the number of failures; they are kept as the
+    // pointers that they are.
+    PROGRESS_BAR_T(const char *title, ELSEWHERE_T elsewhere, const char *failed = "失败");
 
     // Draws only what has changed, and not more often than is readable; the end is always drawn.
     void show(const PROGRESS_T &progress);
@@ -30,6 +31,7 @@ private:
     void draw(const PROGRESS_T &progress);
 
     const char *title_;
+    const char *failed_;
     bool terminal_;
     bool silent_;
     bool drawn_ = false;

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "log.h"
+#include "metrics.h"
 
 namespace server {
 
@@ -58,12 +59,13 @@ bool ACCESS_T::allows(in_addr address) const {
 
 void REFUSALS_T::count(in_addr address) {
     refused_++;
+    metrics.refused.add();
     const auto now = CLOCK_T::now();
     if (now - told_at_ < TELL_EVERY)
         return;
     char text[INET_ADDRSTRLEN] = "";
     inet_ntop(AF_INET, &address, text, sizeof text);
-    SERVER_WARN("拒绝了%zu个连接, 最近一个来自%s", refused_, text);
+    SERVER_WARN("拒绝了%zu个连接, 最近一个来自%s: 如应允许, 请把它的地址段加入 --allow", refused_, text);
     told_at_ = now;
     refused_ = 0;
 }

@@ -70,7 +70,7 @@ void add_value(VALUES_T *values, INT32_T id, const INT8_T *name, INT32_T year, R
 void file_movie(CATEGORY_T *category, const DBDATA_MOVIE_INFORMATION_T &movie, RANK_LISTS_T *lists) {
     category->sorted.movies++;
     const auto add = [&](TP_FILTER_TYPE_E type, INT32_T id, const INT8_T *name) {
-        add_value(&category->values[type], id, name, 0, lists);
+        add_value(&category->values[static_cast<size_t>(type)], id, name, 0, lists);
     };
     for_each(movie.kind_list, [&](const auto &info) { add(TP_FILTER_TYPE_KIND, info.id, info.name); });
     for_each(movie.area_list, [&](const auto &info) { add(TP_FILTER_TYPE_AREA, info.id, info.name); });

@@ -55,7 +55,7 @@ public:
     explicit SYSTEM_T(const std::string &library)
         : library_(library), mounts_(mnt_new_table()), tags_(mnt_new_cache()), udev_(udev_new()) {
         if (mounts_ == nullptr || mnt_table_parse_mtab(mounts_.get(), nullptr) != 0) {
-            SERVER_WARN("无法读取挂载表");
+            SERVER_WARN("无法读取挂载表 /proc/self/mountinfo, 硬盘序列号和分区UUID将由名称生成");
             mounts_.reset();
         }
     }

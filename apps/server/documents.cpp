@@ -16,7 +16,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "log.h"
+#include "system_error_text.h"
 
 namespace server {
 
@@ -105,6 +105,8 @@ public:
         return std::move(documents_);
     }
 
+    std::vector<PASSED_OVER_T> passed_over() { return std::move(passed_over_); }
+
 private:
     void look_into(const FOLDER_T &folder, size_t level) {
         struct stat status {};
@@ -118,7 +120,7 @@ private:
             add(may_be_relied_on ? signature : FOLDER_SIGNATURE_T{}, place_before());
         }
         if (level == DEEPEST && !content.folders.empty()) {
-            SERVER_WARN("目录层次过深: %s", path_.c_str());
+            passed_over_.push_back({path_, "目录层次过深, 其下的目录不再查找"});
             return;
         }
         const size_t length = path_.size();
@@ -166,7 +168,7 @@ private:
             }
         }
         if (size < 0)
-            SERVER_WARN("无法读取 %s: %s", path, strerrordesc_np(errno));
+            passed_over_.push_back({path, system_error_text(errno, WANTED_T::READ_FOLDER)});
         std::sort(content->folders.begin(), content->folders.end());
         return size == 0;
     }
@@ -193,6 +195,7 @@ private:
     const std::span<const DOCUMENT_T> before_;
     size_t next_ = 0; // in it
     std::vector<DOCUMENT_T> documents_;
+    std::vector<PASSED_OVER_T> passed_over_;
     std::string path_;
     size_t disk_length_ = 0;
     size_t partition_length_ = 0;
@@ -232,14 +235,18 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
         }
     }
 
+    library.passed_over = top->passed_over();
     std::vector<std::vector<DOCUMENT_T>> found(partitions.size());
+    std::vector<std::vector<PASSED_OVER_T>> passed_over(partitions.size());
     std::atomic<size_t> next = 0;
     std::atomic<bool> short_of_memory = false; // no exception may leave a thread
     share(std::min(threads, partitions.size()), [&] {
         try {
             const auto walk = std::make_unique<WALK_T>(root, stop, before);
-            for (size_t i = next++; i < partitions.size(); i = next++)
+            for (size_t i = next++; i < partitions.size(); i = next++) {
                 found[i] = walk->documents_in(partitions[i]);
+                passed_over[i] = walk->passed_over();
+            }
         } catch (const std::bad_alloc &) {
             short_of_memory = true;
         }
@@ -253,6 +260,8 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
             std::move(documents->begin(), documents->end(), std::back_inserter(library.documents));
             ++documents;
         }
+    for (std::vector<PASSED_OVER_T> &folders : passed_over)
+        std::move(folders.begin(), folders.end(), std::back_inserter(library.passed_over));
     return library;
 }
 
@@ -289,14 +298,14 @@ bool DOCUMENT_READER_T::look(const DOCUMENT_T &document, SIGNATURE_T *signature)
 const char *DOCUMENT_READER_T::open(const DOCUMENT_T &document, SIGNATURE_T *signature) {
     close();
     if (!enter(document))
-        return strerrordesc_np(errno);
+        return system_error_text(errno, WANTED_T::READ_FILE);
     // Neither a link nor a pipe that nobody writes to may lead or hold the scan.
     file_ = openat(folder_, path_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (file_ < 0)
-        return errno == ELOOP ? "是符号链接" : strerrordesc_np(errno);
+        return errno == ELOOP ? "是符号链接" : system_error_text(errno, WANTED_T::READ_FILE);
     struct stat status {};
     if (fstat(file_, &status) < 0)
-        return strerrordesc_np(errno);
+        return system_error_text(errno, WANTED_T::READ_FILE);
     if (!S_ISREG(status.st_mode))
         return "不是普通文件";
     if (status.st_size > LARGEST_DOCUMENT)
@@ -314,7 +323,7 @@ const char *DOCUMENT_READER_T::read() {
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return strerrordesc_np(errno);
+            return system_error_text(errno, WANTED_T::READ_FILE);
         if (count == 0)
             break; // it has become shorter: what is there decides
         have += static_cast<size_t>(count);

@@ -46,15 +46,22 @@ struct DOCUMENT_T {
     std::string partition() const { return folder.substr(disk_length + 1, partition_length); }
 };
 
+// A folder of the library that was passed over.
+struct PASSED_OVER_T {
+    std::string folder; // below the library folder, "." for itself
+    const char *reason; // a static text
+};
+
 struct LIBRARY_T {
     std::vector<DISK_T> disks;         // by name, partitions as well; totals are filled
     std::vector<DOCUMENT_T> documents; // by disk, partition and path
+    std::vector<PASSED_OVER_T> passed_over;
 };
 
 // Walks the library's partitions with so many threads; the documents come in the order of their paths
-// all the same. Symbolic links are not followed. What can't be read is logged and passed over. Ends early,
-// with what it has, when `stop` is set. `before`: the documents of the last walk; those of their folders that
-// have no others in them are read again only when they have changed.
+// all the same. Symbolic links are not followed. What can't be read is passed over. Ends early, with what it
+// has, when `stop` is set. `before`: the documents of the last walk; those of their folders that have no
+// others in them are read again only when they have changed.
 LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop,
                          std::span<const DOCUMENT_T> before = {});
 

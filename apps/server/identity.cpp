@@ -41,7 +41,7 @@ std::string machine_uuid() {
     for (const char *source : SOURCES)
         if (const std::string digits = digits_of(source); !digits.empty())
             return with_dashes(digits);
-    SERVER_WARN("找不到机器编号");
+    SERVER_WARN("找不到机器编号, 设备编号将全为0: 请用 systemd-machine-id-setup 生成 %s", SOURCES[0]);
     return with_dashes(std::string(DIGITS, '0'));
 }
 

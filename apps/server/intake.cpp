@@ -13,7 +13,9 @@
 #include <unistd.h>
 
 #include "log.h"
+#include "metrics.h"
 #include "support_codec.h"
+#include "system_error_text.h"
 #include "tavisys_comm.h"
 
 namespace server {
@@ -59,8 +61,8 @@ sigset_t watched_signals() {
 
 } // namespace
 
-INTAKE_T::INTAKE_T(int listener, ACCESS_T access, WORKERS_T *workers, std::function<void()> reload)
-    : listener_(listener), access_(std::move(access)), workers_(workers), reload_(std::move(reload)) {}
+INTAKE_T::INTAKE_T(int listener, ACCESS_T access, WORKERS_T *workers, INTAKE_CALLS_T calls)
+    : listener_(listener), access_(std::move(access)), workers_(workers), calls_(std::move(calls)) {}
 
 INTAKE_T::~INTAKE_T() {
     for (const PENDING_T &pending : pending_)
@@ -88,11 +90,25 @@ bool INTAKE_T::open() {
     return events_ >= 0 && signals_ >= 0 && watch(listener_, false) && watch(signals_, false);
 }
 
+// Returns the milliseconds until the next tick, -1 for never.
+int INTAKE_T::tick_if_due() {
+    if (calls_.tick_period == 0ms)
+        return -1;
+    const auto now = CLOCK_T::now();
+    if (now >= next_tick_) {
+        calls_.tick();
+        next_tick_ = now + calls_.tick_period;
+    }
+    return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(next_tick_ - now).count());
+}
+
 void INTAKE_T::run() {
     while (!stop_) {
+        const int until_tick = tick_if_due();
         const bool looked_after = !pending_.empty() || workers_->busy() || paused_;
-        wait_and_handle(looked_after ? TICK_MS : -1);
+        wait_and_handle(looked_after ? TICK_MS : until_tick);
     }
+    calls_.stopping();
     finish();
 }
 
@@ -110,6 +126,7 @@ void INTAKE_T::wait_and_handle(int timeout_ms) {
     }
     const auto now = CLOCK_T::now();
     drop_expired(now);
+    metrics.pending.set(pending_.size());
     resume_accepting(now);
     workers_->relieve();
 }
@@ -118,7 +135,7 @@ void INTAKE_T::read_signals() {
     signalfd_siginfo info{};
     while (read(signals_, &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
         if (info.ssi_signo == SIGHUP)
-            reload_();
+            calls_.reload();
         else
             stop_ = true;
     }
@@ -130,7 +147,7 @@ bool INTAKE_T::make_room() {
         return false;
     const int oldest = pending_.front().sock;
     forget(oldest);
-    close_tavisys_msg_channel(oldest);
+    drop(oldest);
     return true;
 }
 
@@ -143,12 +160,13 @@ void INTAKE_T::accept_connections(size_t most) {
         }
         const int sock = monitor_tavisys_msg_channel(listener_);
         if (sock >= 0) {
+            metrics.accepted.add();
             if (may_ask(sock))
                 admit(sock);
             continue;
         }
         if (errno != EAGAIN && errno != EWOULDBLOCK && !make_room()) {
-            SERVER_WARN("暂时无法接受连接: %s", strerrordesc_np(errno));
+            SERVER_WARN("暂时无法接受连接: %s", system_error_text(errno));
             pause_accepting();
         }
         return;
@@ -192,7 +210,7 @@ void INTAKE_T::admit(int sock) {
     // Watched by its edge: each wake brings new bytes. What came before the watch began is seen by the
     // look right after it.
     if (arrival == ARRIVAL_T::BROKEN || !watch(sock, true)) {
-        close_tavisys_msg_channel(sock);
+        drop(sock);
         return;
     }
     pending_.push_back({sock, CLOCK_T::now() + REQUEST_TIME});
@@ -209,7 +227,7 @@ void INTAKE_T::look_at(int sock, bool ended) {
     if (arrival == ARRIVAL_T::WHOLE)
         workers_->answer(sock);
     else
-        close_tavisys_msg_channel(sock);
+        drop(sock);
 }
 
 INTAKE_T::ARRIVAL_T INTAKE_T::arrival_of(int sock) {
@@ -237,6 +255,12 @@ INTAKE_T::ARRIVAL_T INTAKE_T::arrival_of(int sock) {
         return ARRIVAL_T::BROKEN;
     return available - HEAD_LENGTH >= std::min(length, ENOUGH_OF_REQUEST) ? ARRIVAL_T::WHOLE
                                                                           : ARRIVAL_T::PARTIAL;
+}
+
+// Closes a connection that has brought no request.
+void INTAKE_T::drop(int sock) {
+    metrics.dropped.add();
+    close_tavisys_msg_channel(sock);
 }
 
 void INTAKE_T::forget(int sock) {

@@ -14,10 +14,17 @@
 
 namespace server {
 
+// What run() calls.
+struct INTAKE_CALLS_T {
+    std::function<void()> reload;            // for each SIGHUP
+    std::function<void()> stopping;          // once it has been told to end
+    std::function<void()> tick;              // as often as `tick_period` says
+    std::chrono::milliseconds tick_period{}; // 0 for never
+};
+
 class INTAKE_T {
 public:
-    // `reload` is called for each SIGHUP.
-    INTAKE_T(int listener, ACCESS_T access, WORKERS_T *workers, std::function<void()> reload);
+    INTAKE_T(int listener, ACCESS_T access, WORKERS_T *workers, INTAKE_CALLS_T calls);
     INTAKE_T(const INTAKE_T &) = delete;
     INTAKE_T &operator=(const INTAKE_T &) = delete;
     ~INTAKE_T();
@@ -39,6 +46,7 @@ private:
     enum class ARRIVAL_T { WHOLE, PARTIAL, BROKEN };
 
     void wait_and_handle(int timeout_ms);
+    int tick_if_due();
     void accept_connections(size_t most);
     void pause_accepting();
     void resume_accepting(CLOCK_T::time_point now);
@@ -47,6 +55,7 @@ private:
     void admit(int sock);
     void look_at(int sock, bool ended);
     static ARRIVAL_T arrival_of(int sock);
+    static void drop(int sock);
     void forget(int sock);
     void drop_expired(CLOCK_T::time_point now);
     void read_signals();
@@ -57,7 +66,8 @@ private:
     const ACCESS_T access_;
     REFUSALS_T refusals_;
     WORKERS_T *workers_;
-    const std::function<void()> reload_;
+    const INTAKE_CALLS_T calls_;
+    CLOCK_T::time_point next_tick_ = CLOCK_T::now();
     size_t most_connections_ = 0;
     int events_ = -1;  // epoll
     int signals_ = -1; // signalfd

@@ -221,6 +221,13 @@ void answer_from(const STORE_T *store, const IDENTITY_T *identity) {
     s_identity = identity;
 }
 
+std::vector<INT32_T> answered_types() {
+    std::vector<INT32_T> types;
+    for (const QUESTION_T &question : QUESTIONS)
+        types.push_back(question.type);
+    return types;
+}
+
 RTSTATUS handle_request(INT32_T type, PVOID body, INT32_T length, PVOID *reply, INT32_T *replylen) {
     const RTSTATUS result =
         answer(type, REQUEST_T{*s_store, *s_identity, body, length}, REPLY_T{reply, replylen});

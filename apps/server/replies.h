@@ -3,6 +3,7 @@
 #define TAVISYS_SERVER_REPLIES_H
 
 #include <string>
+#include <vector>
 
 #include "store.h"
 #include "tavisystype.h"
@@ -18,6 +19,9 @@ struct IDENTITY_T {
 
 // Sets what handle_request() answers from. Both must outlive the last request.
 void answer_from(const STORE_T *store, const IDENTITY_T *identity);
+
+// The message types that handle_request() answers.
+std::vector<INT32_T> answered_types();
 
 // The channel's handler (a TRLV_MESSAGE_CB). A request that can't be answered gets a negative result, a
 // TAVISYS_RESULT_E, and an INFO line that says why. Any number of threads may call it at once.

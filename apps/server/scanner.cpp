@@ -12,6 +12,7 @@
 #include "log.h"
 #include "metadata_parse.h"
 #include "support_memory.h"
+#include "system_error_text.h"
 #include "tavisystype.h"
 
 namespace server {
@@ -60,7 +61,7 @@ public:
         while (collected_ < library_.documents.size() && !scanner_->stop_) {
             wait_for_outcomes();
             collect();
-            scanner_->progress_.show(scanner_->store_->status());
+            scanner_->tell_progress();
             if (publish_early)
                 publish_if_due();
         }
@@ -89,7 +90,8 @@ private:
             while (parsers.size() < wanted)
                 parsers.emplace_back([this] { parse(); });
         } catch (const std::system_error &error) {
-            SERVER_WARN("只能启动%zu个解析线程: %s", parsers.size(), error.what());
+            SERVER_WARN("只能启动%zu个解析线程, 扫描会较慢: %s", parsers.size(),
+                        system_error_text(error.code().value()));
         }
         return parsers;
     }
@@ -148,9 +150,7 @@ private:
             return;
         }
         partition->stat.parseerr_movies++;
-        scanner_->progress_.hide();
-        SERVER_WARN("跳过影片 %s/%s/metadata.xml: %s", scanner_->root_.c_str(), document.folder.c_str(),
-                    reason);
+        scanner_->leave_out("影片", document.folder + "/metadata.xml", reason);
     }
 
     OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) try {
@@ -215,8 +215,10 @@ private:
     CLOCK_T::duration last_cost_{};
 };
 
-SCANNER_T::SCANNER_T(std::string root, std::string machine, unsigned parsers, STORE_T *store)
-    : root_(std::move(root)), machine_(std::move(machine)), parsers_(parsers), store_(store) {}
+SCANNER_T::SCANNER_T(std::string root, std::string machine, unsigned parsers, STORE_T *store,
+                     SCAN_EVENTS_T events)
+    : root_(std::move(root)), machine_(std::move(machine)), parsers_(parsers), store_(store),
+      events_(std::move(events)) {}
 
 void SCANNER_T::start() {
     thread_ = std::thread([this] { run(); });
@@ -247,13 +249,38 @@ bool SCANNER_T::wait_for_request() {
 
 void SCANNER_T::run() {
     while (wait_for_request()) {
+        const auto begun = CLOCK_T::now();
+        bool whole = true;
         try {
+            if (events_.begun)
+                events_.begun();
             scan();
         } catch (const std::bad_alloc &) { // the catalogue that is there goes on being served
-            SERVER_WARN("内存不足, 扫描未完成");
+            SERVER_WARN("内存不足, 扫描未完成, 仍提供原有影片: 请增加内存或调高上限(systemd为MemoryMax=), "
+                        "再用SIGHUP重新扫描");
             store_->enter(SYSRUN_STATUS_RUNNING);
+            whole = false;
         }
+        const std::chrono::duration<double> took = CLOCK_T::now() - begun;
+        if (events_.ended && !stop_)
+            events_.ended({whole, took.count(), folders_left_out_});
     }
+}
+
+void SCANNER_T::tell_progress() {
+    const auto status = store_->status();
+    progress_.show(status);
+    if (events_.progress)
+        events_.progress(status);
+}
+
+// `path` is below the library folder.
+void SCANNER_T::leave_out(const char *what, const std::string &path, const char *reason) {
+    progress_.hide();
+    if (events_.left_out)
+        events_.left_out(path, reason);
+    else
+        SERVER_WARN("跳过%s %s/%s: %s", what, root_.c_str(), path.c_str(), reason);
 }
 
 // The first scan shows its movies as they come; a later one leaves the whole old catalogue in place until
@@ -262,6 +289,11 @@ void SCANNER_T::scan() {
     const auto begun = CLOCK_T::now();
     store_->begin(SYSRUN_STATUS_WAITING, 0);
     LIBRARY_T library = find_documents(root_, parsers_, stop_, library_.documents);
+    folders_left_out_ = library.passed_over.size();
+    for (const PASSED_OVER_T &folder : library.passed_over)
+        leave_out("目录", folder.folder, folder.reason);
+    if (library.documents.empty() && !stop_)
+        leave_out("目录", "", "其中没有影片文档(硬盘/分区/.../metadata.xml), 请检查路径, 或磁盘是否已挂载");
     identify_devices(root_, machine_, &library.disks);
     store_->begin(SYSRUN_STATUS_PARSING, static_cast<INT32_T>(library.documents.size()));
 

@@ -12,6 +12,7 @@
 
 #include "documents.h"
 #include "progress.h"
+#include "scan_events.h"
 #include "store.h"
 
 namespace server {
@@ -19,7 +20,8 @@ namespace server {
 class SCANNER_T {
 public:
     // `machine` is the machine's uuid.
-    SCANNER_T(std::string root, std::string machine, unsigned parsers, STORE_T *store);
+    SCANNER_T(std::string root, std::string machine, unsigned parsers, STORE_T *store,
+              SCAN_EVENTS_T events = {});
     SCANNER_T(const SCANNER_T &) = delete;
     SCANNER_T &operator=(const SCANNER_T &) = delete;
     ~SCANNER_T() { stop(); }
@@ -44,11 +46,14 @@ private:
     void run();
     bool wait_for_request();
     void scan();
+    void tell_progress();
+    void leave_out(const char *what, const std::string &path, const char *reason);
 
     const std::string root_;
     const std::string machine_;
     const unsigned parsers_;
     STORE_T *store_;
+    const SCAN_EVENTS_T events_;
     PROGRESS_T progress_;
 
     std::mutex mutex_;
@@ -56,6 +61,7 @@ private:
     bool requested_ = true; // the scan at start
     std::atomic<bool> stop_ = false;
     std::thread thread_;
+    size_t folders_left_out_ = 0; // by the last scan
 
     std::atomic<size_t> scans_ = 0;
     std::atomic<size_t> parsed_ = 0;

@@ -4,6 +4,8 @@
 #include <system_error>
 
 #include "log.h"
+#include "metrics.h"
+#include "system_error_text.h"
 
 namespace server {
 
@@ -39,7 +41,7 @@ bool WORKERS_T::start_thread() {
     try {
         std::thread([this] { run(); }).detach();
     } catch (const std::system_error &error) {
-        SERVER_WARN("无法启动更多线程(现有%zu个): %s", threads_, error.what());
+        SERVER_WARN("无法启动更多线程(现有%zu个): %s", threads_, system_error_text(error.code().value()));
         return false;
     }
     threads_++;
@@ -77,7 +79,11 @@ void WORKERS_T::run() {
     int sock = -1;
     std::list<HELD_T>::iterator held;
     while (take(&sock, &held)) {
-        deal_data_from_tavisys_msg_channel(sock, handler_);
+        const INT32_T sent = deal_data_from_tavisys_msg_channel(sock, handler_);
+        if (sent < 0)
+            metrics.broken.add();
+        else
+            metrics.sent_bytes.add(static_cast<uint64_t>(sent));
         {
             // Before the close: its number may be another connection's the moment it is closed.
             const std::lock_guard lock(mutex_);
