@@ -52,7 +52,10 @@ SECTIONS = [
     dict(benchmark="query_bench", title="Queries", floor="SQLite",
          about="How many times faster than SQLite in memory with covering indices and totals kept in a table. From"
                " the request to the encoded body, inside the server.",
-         tables=[("", [("ratio", "times faster", (AT_LEAST, 5))])], plot=["ratio"]),
+         tables=[(("page/category", "page/kind/", "page/kind_deep"), [("ratio", "times faster", (AT_LEAST, 15))]),
+                 (("page/area", "page/year", "page/dimension", "page/kind_a", "page/kind_y", "page/kind_di", "page/all"),
+                  [("ratio", "times faster", (AT_LEAST, 5))]),
+                 (("detail", "filter", "category", "random"), [("ratio", "times faster", None)])], plot=["ratio"]),
     dict(benchmark="transfer_bench", title="Transfer", floor="copies of the strings",
          about="The movies of a partition from a server: time over that of copying the strings of the body into"
                " fresh allocations, and over that with the allocations of the records.",

@@ -59,7 +59,7 @@ xmlDoc *get_doc_object_from_string(const INT8_T *string) {
 xmlDoc *get_doc_object_from_memory(const void *document, INT32_T length) {
     if (document == nullptr || length < 1)
         return nullptr;
-    if (!has_thread_state() || !start_library())
+    if (!start_library())
         return nullptr;
     const LISTENER_T listener;
     const OWNED_CONTEXT_T context = create_parser();

@@ -78,12 +78,15 @@ inline bool has_thread_state() {
 #endif
 }
 
-// Before anything else of libxml2, whose own start is not safe for threads. A start that was short of memory
-// is undone, for another attempt: libxml2 would take it for done and lack encodings from then on.
+// Before anything else of libxml2, whose own start is not safe for threads; nor is the making of a thread's
+// state, which takes a mutex that the first to come makes. A start that was short of memory is undone, for
+// another attempt: libxml2 would take it for done and lack encodings from then on.
 inline bool start_library() {
     static std::mutex s_mutex;
     static bool s_is_started = false;
     const std::lock_guard<std::mutex> lock(s_mutex);
+    if (!has_thread_state())
+        return false;
     if (s_is_started)
         return true;
     const LISTENER_T listener;

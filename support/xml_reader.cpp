@@ -144,7 +144,7 @@ bool may_be_used_again(const XML_DOCUMENT_T &document, INT32_T length) {
 } // namespace
 
 XML_DOCUMENT_T *read_xml_document(const void *document, INT32_T length) {
-    if (document == nullptr || length < 1 || !has_thread_state() || !start_library())
+    if (document == nullptr || length < 1 || !start_library())
         return nullptr;
     const LISTENER_T listener;
     OWNED_DOCUMENT_T read = s_idle.take();
