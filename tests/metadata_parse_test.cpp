@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <future>
 #include <gtest/gtest.h>
 #include <iconv.h>
 #include <memory>
@@ -232,6 +233,14 @@ TEST_F(MetadataParse, LongTextsAreCutAtAWholeCharacter) {
     ASSERT_NE(nullptr, movie);
     EXPECT_EQ(text.substr(0, 1 + 340 * 3), movie->summary);
     EXPECT_EQ(text.substr(0, 1 + 6826 * 3), movie->description);
+}
+
+TEST_F(MetadataParse, ThreadsLoadMoviesAtOnce) {
+    std::vector<std::future<MOVIE_T>> movies(40);
+    for (auto &movie : movies)
+        movie = std::async(std::launch::async, [] { return read(DOCUMENT); });
+    for (auto &movie : movies)
+        EXPECT_NE(nullptr, movie.get());
 }
 
 // ---- Documents that attack the parser, and those that only look strange

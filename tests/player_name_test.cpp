@@ -70,7 +70,7 @@ TEST_F(PlayerName, SettingANameReplacesTheFileOrFails) {
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);
     signal(SIGXFSZ, SIG_IGN);
-    for (const rlim_t room : {0, 3}) { // as on a full disk
+    for (const rlim_t room : {0U, 3U}) { // as on a full disk
         limit.rlim_cur = room;
         setrlimit(RLIMIT_FSIZE, &limit);
         EXPECT_EQ(-1, tavisys_set_player_name("客厅"));
