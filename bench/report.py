@@ -163,18 +163,20 @@ def plot(rows, columns, floor, path):
 def section_text(section, results, docs):
     name = section["benchmark"]
     path = os.path.join(results, name + ".json")
-    if not os.path.exists(path):
+    notes = os.path.join(os.path.dirname(__file__), "notes", name + ".md")
+    if not os.path.exists(path) and not os.path.exists(notes):
         return []
-    context, rows = results_of(path)
+    context, rows = results_of(path) if os.path.exists(path) else (None, [])
     text = [f"## {section['title']}", "", section["about"], ""]
     for begin, columns in section["tables"]:
         text += table([row for row in rows if row[0].startswith(begin)], columns)
     if plot(rows, section["plot"], section["floor"], os.path.join(docs, name + ".svg")):
         text += [f"![{section['title']}, on a logarithmic scale]({name}.svg)", ""]
-    notes = os.path.join(os.path.dirname(__file__), "notes", name + ".md")
     if os.path.exists(notes):
         with open(notes, encoding="utf-8") as file:
             text += [file.read().rstrip(), ""]
+    if context is None:
+        return text + [f"`scripts/bench.sh {name}` measures it.", ""]
     load = ", ".join(f"{value:.1f}" for value in context["load_avg"])
     return text + [f"`scripts/bench.sh {name}`, {context['date'][:10]}, {context['num_cpus']} processors, load"
                    f" before {load}.", ""]
