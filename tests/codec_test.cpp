@@ -85,6 +85,9 @@ TEST_F(Codec, NullArgumentsAreRefused) {
         PVOID body = zeros;
         INT32_T length = 77;
         void *record = zeros;
+        forget_allocations();
+        EXPECT_EQ(-1, family.decode(zeros, 3, &record));
+        EXPECT_EQ(0U, bytes_allocated()) << "nothing is made of what can't be a record";
         EXPECT_EQ(-1, family.decode(nullptr, 100, &record));
         EXPECT_EQ(-1, family.decode(zeros, sizeof zeros, nullptr));
         EXPECT_EQ(-1, family.encode(nullptr, &body, &length));
@@ -140,6 +143,9 @@ TEST_F(Codec, ANodeWithoutARecordIsNotCounted) {
     EXPECT_EQ(1, number);
     EXPECT_EQ(0, calc_encode_video_information_list_length(nullptr, &number));
     EXPECT_EQ(0, number);
+    MOVIES_T no_movie{};
+    const PAGE_T page{{3, 20, 1, 1, 0}, &no_movie};
+    EXPECT_EQ(wire(3, 20, 1, 1, 0, 0), encoded(ENCODE_PAGE, &page)); // an empty page
 }
 
 TEST_F(Codec, NothingIsMadeWithoutItsNameAndOthersHoldACopyOfIt) {
@@ -288,10 +294,12 @@ TEST_F(Codec, AMovieWithoutVideosFailsAWholeListOfVideos) {
     INT8_T room[10];
     EXPECT_EQ(-1, encode_video_list_to_message(list->list, room, sizeof room));
     EXPECT_EQ(-1, encode_video_list_to_message(list->list, nullptr, 36));
+    EXPECT_EQ(-1, encode_video_list_to_message(list->list, room, 0));
     EXPECT_EQ("encode_video_list_to_message 40 传入的length:10\n"
               "encode_video_list_to_message 40 -- 解出来视频信息:1\n"
               "encode_video_list_to_message 80 error ..\n"
-              "encode_video_list_to_message 80 参数获取出错! info(0x) message((nil)) length(36)\n",
+              "encode_video_list_to_message 80 参数获取出错! info(0x) message((nil)) length(36)\n"
+              "encode_video_list_to_message 80 参数获取出错! info(0x) message(0x) length(0)\n",
               logged(FILE_NAME));
     delete_hard_disk_videolist(&list);
 }

@@ -183,7 +183,8 @@ TEST_F(MetadataParse, BadArgumentsAreRefused) {
                   EXPECT_EQ(-1, get_tavi_metadata_information_from_string(DOCUMENT, nullptr));
               }));
     EXPECT_EQ(-1, get_tavi_metadata_information_from_document(nullptr, 5, &movie, nullptr));
-    EXPECT_EQ(-1, get_tavi_metadata_information_from_document(DOCUMENT, 5, nullptr, nullptr));
+    const auto length = static_cast<INT32_T>(strlen(DOCUMENT));
+    EXPECT_EQ(-1, get_tavi_metadata_information_from_document(DOCUMENT, length, nullptr, nullptr));
     EXPECT_EQ(nullptr, read("", &failure));
     EXPECT_STREQ("无效的参数", get_tavi_metadata_failure_text(failure));
 }
