@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <numeric>
 #include <string_view>
 #include <tuple>
 
@@ -36,25 +35,35 @@ public:
 
     void fill(const std::array<POSITIONS_T, ORDERS> &sorted) {
         for (size_t order = 0; order < ORDERS; order++) {
-            for (SORTED_T *list : lists_)
-                list->ranks[order].reserve(list->movies);
+            for (SORTED_T *list : lists_) {
+                list->ranks[order].reserve(list->is_filter ? list->movies : 0);
+                list->positions[order].reserve(list->is_often_alone ? list->movies : 0);
+            }
             for (RANK_T rank = 0; rank < sorted[order].size(); rank++) {
                 const POSITION_T position = sorted[order][rank];
                 for (size_t i = position == 0 ? 0 : ends_[position - 1]; i < ends_[position]; i++)
-                    lists_[of_movies_[i]]->ranks[order].push_back(rank);
+                    append(lists_[of_movies_[i]], order, rank, position);
             }
         }
     }
 
 private:
+    static void append(SORTED_T *list, size_t order, RANK_T rank, POSITION_T position) {
+        if (list->is_filter)
+            list->ranks[order].push_back(rank);
+        if (list->is_often_alone)
+            list->positions[order].push_back(position);
+    }
+
     std::vector<SORTED_T *> lists_;
     std::vector<uint32_t> of_movies_; // numbers of lists, movie by movie
     std::vector<size_t> ends_;        // of a movie's numbers, by position
 };
 
 // A year has no name of its own.
-void add_value(VALUES_T *values, INT32_T id, const INT8_T *name, INT32_T year, RANK_LISTS_T *lists) {
-    const auto [found, fresh] = values->try_emplace(id);
+void add_value(CATEGORY_T *category, TP_FILTER_TYPE_E type, INT32_T id, const INT8_T *name, INT32_T year,
+               RANK_LISTS_T *lists) {
+    const auto [found, fresh] = category->values[static_cast<size_t>(type)].try_emplace(id);
     VALUE_T &value = found->second;
     if (fresh) {
         value.means_all = name == nullptr ? year == 0 : means_all(name);
@@ -62,22 +71,25 @@ void add_value(VALUES_T *values, INT32_T id, const INT8_T *name, INT32_T year, R
         value.year = year;
     }
     value.sorted.movies++;
-    if (!value.means_all)
-        lists->add(&value.sorted);
+    if (value.means_all)
+        return;
+    value.sorted.is_filter = true;
+    value.sorted.is_often_alone = type == TP_FILTER_TYPE_KIND;
+    lists->add(&value.sorted);
 }
 
 // Files a movie under its category and under the values that pages filter by.
 void file_movie(CATEGORY_T *category, const DBDATA_MOVIE_INFORMATION_T &movie, RANK_LISTS_T *lists) {
     category->sorted.movies++;
     const auto add = [&](TP_FILTER_TYPE_E type, INT32_T id, const INT8_T *name) {
-        add_value(&category->values[static_cast<size_t>(type)], id, name, 0, lists);
+        add_value(category, type, id, name, 0, lists);
     };
     for_each(movie.kind_list, [&](const auto &info) { add(TP_FILTER_TYPE_KIND, info.id, info.name); });
     for_each(movie.area_list, [&](const auto &info) { add(TP_FILTER_TYPE_AREA, info.id, info.name); });
     for_each(movie.dimension_list,
              [&](const auto &info) { add(TP_FILTER_TYPE_DIMENSION, info.id, info.dimension); });
     for_each(movie.year_list, [&](const auto &info) {
-        add_value(&category->values[TP_FILTER_TYPE_YEAR], info.id, nullptr, info.year, lists);
+        add_value(category, TP_FILTER_TYPE_YEAR, info.id, nullptr, info.year, lists);
     });
 }
 
@@ -146,25 +158,25 @@ public:
 
     // An id that the category doesn't know selects no movie.
     void add(const VALUES_T &values, INT32_T id) {
-        static const RANKS_T NOTHING;
+        static const SORTED_T NOTHING;
         if (id == NO_FILTER)
             return;
         const auto found = values.find(id);
         if (found == values.end())
             select(NOTHING);
         else if (!found->second.means_all)
-            select(found->second.sorted.ranks[order_]);
+            select(found->second.sorted);
     }
     size_t count() const { return count_; }
-    const RANKS_T &only() const { return *lists_[0]; }
+    const SORTED_T &only() const { return *lists_[0]; }
 
     // Calls visit(rank) for what stands in all lists. It takes a step for each rank of the shortest at most.
     template <class VISIT>
     void for_each_common(VISIT visit) {
-        CURSOR_T shortest(*lists_[0]);
+        CURSOR_T shortest(lists_[0]->ranks[order_]);
         std::vector<CURSOR_T> others;
         for (size_t i = 1; i < count_; i++)
-            others.emplace_back(*lists_[i]);
+            others.emplace_back(lists_[i]->ranks[order_]);
         while (!shortest.at_end()) {
             const RANK_T rank = shortest.rank();
             RANK_T next = rank;
@@ -186,15 +198,15 @@ public:
     }
 
 private:
-    void select(const RANKS_T &list) {
+    void select(const SORTED_T &list) {
         size_t at = count_++;
-        for (; at > 0 && lists_[at - 1]->size() > list.size(); at--)
+        for (; at > 0 && lists_[at - 1]->movies > list.movies; at--)
             lists_[at] = lists_[at - 1];
         lists_[at] = &list;
     }
     const size_t order_;
     size_t count_ = 0;
-    std::array<const RANKS_T *, VALUE_TYPES> lists_{}; // the shortest first
+    std::array<const SORTED_T *, VALUE_TYPES> lists_{}; // the shortest first
 };
 
 const INT8_T *text_or_empty(const INT8_T *text) {
@@ -276,16 +288,18 @@ CATALOGUE_T::CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> 
     file_movies();
 }
 
-// The position of a movie is its place in the order in which most pages are asked for: such a page, however
-// deep, reads memory from front to end.
+// The movies of a category lie side by side, in the order in which most pages are asked for: such a page,
+// however deep, reads memory from front to end.
 void CATALOGUE_T::place_movies() {
     std::vector<const INT8_T *> serials; // as the movies come, by disk
     const auto *disk = storage_.disks();
     for (; disk != nullptr; disk = static_cast<const DBDATA_HARDDISK_INFORMATION_LIST_T *>(disk->next))
         serials.resize(serials.size() + disk->movstat.parseok_movies, disk->info->serialno);
     by_code_ = positions_by_code();
-    const POSITIONS_T order =
-        sorted_by(by_code_, [&](POSITION_T position) { return -int64_t{record(position).put_time}; });
+    const POSITIONS_T order = sorted_by(by_code_, [&](POSITION_T position) {
+        const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
+        return std::pair(category_id_of(movie), -int64_t{movie.put_time});
+    });
 
     POSITIONS_T position_of(order.size());
     std::vector<MOVIE_PTR> movies(order.size());
@@ -314,8 +328,7 @@ void CATALOGUE_T::sort_movies() {
     const auto by = [&](auto key_of) {
         return sorted_by(by_code_, [&](POSITION_T position) { return key_of(record(position)); });
     };
-    sorted_[TP_ORDER_BY_PUT_TIME].resize(movies_.size());
-    std::iota(sorted_[TP_ORDER_BY_PUT_TIME].begin(), sorted_[TP_ORDER_BY_PUT_TIME].end(), POSITION_T{0});
+    sorted_[TP_ORDER_BY_PUT_TIME] = by([](const auto &movie) { return -int64_t{movie.put_time}; });
     sorted_[TP_ORDER_BY_PUBLISH_TIME] = by([](const auto &movie) { return -int64_t{movie.publish_time}; });
     sorted_[TP_ORDER_BY_SCORE] = by([](const auto &movie) { return -int64_t{score_of(movie)}; });
     sorted_[TP_ORDER_BY_NAME] = by([](const auto &movie) { return TEXT_KEY_T(movie.info->movie_name_ch); });
@@ -342,6 +355,7 @@ void CATALOGUE_T::file_movies() {
         CATEGORY_T &own = categories_[category_id_of(movie)];
         own.name = movie.category_list->info->name;
         file_movie(&own, movie, &lists);
+        own.sorted.is_often_alone = true;
         lists.add(&own.sorted);
         file_movie(&all, movie, &lists);
         lists.end_movie();
@@ -397,9 +411,14 @@ PAGE_T CATALOGUE_T::page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_
         const auto share = cut(at_rank, slice);
         page = {static_cast<INT32_T>(at_rank.size()), {share.begin(), share.end()}};
     } else { // there is a list of just these
-        const RANKS_T &ranks = selection.count() == 0 ? category->sorted.ranks[order] : selection.only();
-        const auto share = cut(ranks, slice);
-        page.total = static_cast<INT32_T>(ranks.size());
+        const SORTED_T &list = selection.count() == 0 ? category->sorted : selection.only();
+        page.total = static_cast<INT32_T>(list.movies);
+        if (list.is_often_alone) {
+            const auto share = cut(list.positions[order], slice);
+            page.positions.assign(share.begin(), share.end());
+            return page;
+        }
+        const auto share = cut(list.ranks[order], slice);
         page.positions.resize(share.size());
         std::transform(share.begin(), share.end(), page.positions.begin(),
                        [&](RANK_T rank) { return at_rank[rank]; });

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "codec_basic_movinfo.h"
+#include "large_pages.h"
 #include "movie.h"
 #include "storage.h"
 #include "tavisystype.h"
@@ -33,9 +34,12 @@ using RANKS_T = std::vector<RANK_T>;
 
 // The movies of a category, or with a value, in each order.
 struct SORTED_T {
-    std::array<RANKS_T, ORDERS> ranks;
-    uint32_t number = 0; // of the lists, while they are made
+    bool is_filter = false;      // is one of several that a page may have to match: has ranks
+    bool is_often_alone = false; // most of its pages match nothing else: has positions, to look nowhere else
+    uint32_t number = 0;         // of the lists, while they are made
     uint32_t movies = 0;
+    std::array<RANKS_T, ORDERS> ranks;
+    std::array<POSITIONS_T, ORDERS> positions;
 };
 
 // One value of an attribute and the movies that carry it.
@@ -43,7 +47,7 @@ struct VALUE_T {
     std::string name;       // "全部" for the value that means all, "1993" for a year
     INT32_T year = 0;       // for a year
     bool means_all = false; // every movie carries it: "全部", the year 0
-    SORTED_T sorted;        // without ranks for a value that means all
+    SORTED_T sorted;        // empty for a value that means all
 };
 using VALUES_T = std::map<INT32_T, VALUE_T>;              // by id
 using MENU_T = std::vector<const VALUES_T::value_type *>; // as a menu shows them
@@ -51,7 +55,7 @@ constexpr size_t VALUE_TYPES = TP_FILTER_TYPE_DIMENSION + 1;
 
 struct CATEGORY_T {
     const INT8_T *name = nullptr;             // NULL for all categories together
-    SORTED_T sorted;                          // without ranks for all categories together
+    SORTED_T sorted;                          // empty for all categories together
     std::array<VALUES_T, VALUE_TYPES> values; // by TP_FILTER_TYPE_E
     std::array<MENU_T, VALUE_TYPES> menus;
 };
@@ -93,8 +97,8 @@ private:
 
     std::vector<MOVIE_PTR> movies_; // given up after the storage, whose nodes refer to their records
     STORAGE_T storage_;
-    std::pmr::monotonic_buffer_resource page_memory_;
-    std::vector<TP_TAVISYS_BASIC_MOVIE_PART_T> page_parts_; // by position
+    std::pmr::monotonic_buffer_resource page_memory_{LARGE_PAGES_T::get()};
+    std::pmr::vector<TP_TAVISYS_BASIC_MOVIE_PART_T> page_parts_{LARGE_PAGES_T::get()}; // by position
     POSITIONS_T with_poster_;
     POSITIONS_T by_code_;
     std::array<POSITIONS_T, ORDERS> sorted_;            // every movie, by rank in each order
