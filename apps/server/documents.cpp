@@ -8,10 +8,12 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <iterator>
+#include <linux/magic.h>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -69,6 +71,21 @@ bool has_settled(const FOLDER_SIGNATURE_T &folder) {
     return age > 2 * SECOND;
 }
 
+// Whether a folder's number of links tells how many folders are in it, two standing for none.
+bool links_count_folders(int folder) {
+    struct statfs system {};
+    if (fstatfs(folder, &system) < 0)
+        return false;
+    switch (system.f_type) {
+    case EXT4_SUPER_MAGIC: // of ext2 and ext3, too
+    case XFS_SUPER_MAGIC:
+    case TMPFS_MAGIC:
+        return true;
+    default: // others count names as well, or always say two
+        return false;
+    }
+}
+
 // The order of a walk: a folder before what is in it, folders of one folder by name.
 bool is_walked_before(std::string_view left, std::string_view right) {
     const auto [l, r] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
@@ -101,7 +118,11 @@ public:
         };
         next_ = static_cast<size_t>(std::lower_bound(before_.begin(), before_.end(), path_, is_earlier) -
                                     before_.begin());
-        look_into(FOLDER_T(root_.file(), path_.c_str()), 1);
+        const FOLDER_T folder(root_.file(), path_.c_str());
+        struct stat status {};
+        links_count_ = fstat(folder.file(), &status) == 0 && links_count_folders(folder.file());
+        device_ = status.st_dev;
+        look_into(folder, 1);
         return std::move(documents_);
     }
 
@@ -128,7 +149,7 @@ private:
             if (stop_)
                 return;
             path_.append("/").append(name);
-            if (!add_unchanged(folder, name))
+            if (!add_leaf(folder, name))
                 look_into(FOLDER_T(folder.file(), name.c_str()), level + 1);
             path_.resize(length);
         }
@@ -138,16 +159,26 @@ private:
         documents_.push_back({path_, disk_length_, partition_length_, leaf, before});
     }
 
-    // Whether it is a folder of the last walk that has nothing but its document still.
-    bool add_unchanged(const FOLDER_T &parent, const std::string &name) {
-        const size_t place = place_before();
-        if (place == UNKNOWN || before_[place].leaf == FOLDER_SIGNATURE_T{})
-            return false;
+    // Adds the document of a folder without folders, when it can be told that there are none without reading
+    // the folder. False when it can't.
+    bool add_leaf(const FOLDER_T &parent, const std::string &name) {
         struct stat status {};
-        if (fstatat(parent.file(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0 ||
-            signature_of_folder(status) != before_[place].leaf)
+        if (fstatat(parent.file(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0)
             return false;
-        add(before_[place].leaf, place);
+        const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
+        const size_t before = place_before();
+        if (before != UNKNOWN && before_[before].leaf == signature) { // as the last walk has seen it
+            add(signature, before);
+            return true;
+        }
+        if (!links_count_ || !S_ISDIR(status.st_mode) || status.st_nlink != 2 || status.st_dev != device_)
+            return false;
+        name_.assign(name).append("/").append(DOCUMENT_NAME);
+        struct stat document {};
+        if (fstatat(parent.file(), name_.c_str(), &document, AT_SYMLINK_NOFOLLOW) == 0)
+            add(has_settled(signature) ? signature : FOLDER_SIGNATURE_T{}, before);
+        else if (errno != ENOENT)
+            return false;
         return true;
     }
 
@@ -197,6 +228,9 @@ private:
     std::vector<DOCUMENT_T> documents_;
     std::vector<PASSED_OVER_T> passed_over_;
     std::string path_;
+    std::string name_;         // of a document, from its folder's parent on
+    bool links_count_ = false; // on this device
+    dev_t device_ = 0;
     size_t disk_length_ = 0;
     size_t partition_length_ = 0;
     alignas(dirent64) std::array<char, size_t{64} * 1024> buffer_{};
