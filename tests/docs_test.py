@@ -71,7 +71,10 @@ def try_command(command, folder):
 
 
 def check_manual(program, section):
-    """Every command, and every option of each, stands in the page."""
+    """Every command, and every option of each, stands in the page, and the program knows the project's version."""
+    version = re.search(r"^project\(tavisys VERSION (\S+)", (source / "CMakeLists.txt").read_text(), re.M)[1]
+    if (told := run([programs[program], "--version"]).stdout) != f"{program} {version}\n":
+        complaints.append(f"{program} --version: {told}")
     page = (source / f"docs/man/{program}.{section}").read_text()
     words = re.sub(r"[-.,\s]+", " ", re.sub(r"^\.", "", page, flags=re.M)).split()
     english = ["--lang", "en"] if program == "tavisys" else []

@@ -353,6 +353,8 @@ void declare_commands(CLI::App &app, ARGUMENTS_T &arguments) {
     app.require_subcommand(0, 1);
     app.option_defaults()->group(messages::HELP_OPTIONS)->take_last();
     app.get_help_ptr()->group(messages::HELP_OPTIONS);
+    app.set_version_flag("--version", std::string(PROGRAM_NAME) + " " + TAVISYS_VERSION,
+                         messages::HELP_VERSION_FLAG);
     declare_settings(app, arguments);
     for (const COMMAND_T &command : all_commands()) {
         CLI::App *subcommand = app.add_subcommand(command.name, command.help);
@@ -382,8 +384,11 @@ PARSED_T parse_command_line(int argc, const char *const *argv) {
     };
     try {
         app.parse(argc, argv);
+    } catch (const CLI::CallForVersion &version) {
+        parsed.text = std::string(version.what()) + "\n";
+        return parsed;
     } catch (const CLI::Success &) {
-        parsed.help = app.help();
+        parsed.text = app.help();
         return parsed;
     } catch (const CLI::ParseError &error) {
         fail_usage(explain(error), chosen());

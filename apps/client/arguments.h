@@ -74,9 +74,9 @@ constexpr const char *SOURCE_PARTITIONS = ":partitions";
 void declare_commands(CLI::App &app, ARGUMENTS_T &arguments);
 
 struct PARSED_T {
-    const COMMAND_T *command; // NULL when the user asked for help
+    const COMMAND_T *command; // NULL when the user asked for help or the version
     ARGUMENTS_T arguments;
-    std::string help;
+    std::string text; // what to print then
 };
 
 // Throws a CLIENT_ERROR_T of EXIT_BAD_USAGE for a command line that asks for nothing that can be done.

@@ -18,10 +18,11 @@ using namespace client;
 
 void run(int argc, const char *const *argv) {
     const PARSED_T parsed = parse_command_line(argc, argv);
-    const bool help = parsed.command == nullptr;
-    if (!help && parsed.arguments.watch != 0 && !parsed.command->watches_itself)
+    if (parsed.command == nullptr)
+        return write_output(parsed.text);
+    if (parsed.arguments.watch != 0 && !parsed.command->watches_itself)
         watch(parsed);
-    write_output(help ? parsed.help : parsed.command->run(parsed.arguments, terminal_width()));
+    write_output(parsed.command->run(parsed.arguments, terminal_width()));
 }
 
 EXIT_STATUS_E run_and_report(int argc, const char *const *argv) {

@@ -11,6 +11,7 @@ namespace client::messages {
 inline constexpr TEXT_T PROGRAM{"影柜客户端: 向影柜服务器查询影片",
                                 "Client of a movie cabinet: asks its server about the movies"};
 inline constexpr TEXT_T HELP_FLAG{"显示帮助", "show help"};
+inline constexpr TEXT_T HELP_VERSION_FLAG{"显示本程序的版本", "show the version of this program"};
 inline constexpr TEXT_T HELP_USAGE{"用法", "Usage"};
 inline constexpr TEXT_T HELP_OPTIONS{"选项", "OPTIONS"};
 inline constexpr TEXT_T HELP_ARGUMENTS{"参数", "ARGUMENTS"};

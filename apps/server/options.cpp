@@ -85,7 +85,7 @@ void declare_settings(CLI::App *app, OPTIONS_T *options) {
 void declare_others(CLI::App *app, OPTIONS_T *options) {
     app->option_defaults()->group(OTHERS);
     app->set_help_flag("-h,--help", "显示本帮助")->group(OTHERS);
-    app->set_version_flag("--version", TAVISYS_VERSION, "显示版本号")->group(OTHERS);
+    app->set_version_flag("--version", "tavisys-server " TAVISYS_VERSION, "显示版本号")->group(OTHERS);
     app->add_option("--config", options->config,
                     std::string("配置文件(TOML), 不指定时读取 ") + DEFAULT_CONFIG + " (如有)")
         ->type_name("文件");
