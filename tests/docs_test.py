@@ -15,13 +15,13 @@ import time
 source = pathlib.Path(sys.argv[1]).resolve()
 programs = {"tavisys": sys.argv[2], "tavisys-server": sys.argv[3]}
 documents = [*source.glob("*.md"), *source.glob("docs/*.md"), *source.glob("docs/man/tavisys*"),
-             source / "tools/wireshark/README.md"]
+             source / "samples/README.md", source / "tools/wireshark/README.md"]
 # What else is typed, and where it is run.
 RUN_BY = {
     r"cmake --preset \w+ && cmake --build --preset \w+( && ctest --test-dir build/\w+.*)?": "scripts/test.sh",
     r"ctest --test-dir build/\w+ .*": "scripts/test.sh",
     r"cmake --install .*": "tests/install_test.py",
-    r"cc browse.c .*pkg-config.*": "tests/install_test.py",
+    r"cc browse.c .*pkg-config.*|cmake -B build && cmake --build build && build/browse": "tests/install_test.py",
     r"build/release/bench/(load|hostile) .*": "scripts/soak.sh",
     r"cmake/update-export-map": "tests/exports_test.py",
     r"(wireshark|tshark) .*": "tests/dissector_test.py",
