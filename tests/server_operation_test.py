@@ -112,7 +112,8 @@ class Operation(unittest.TestCase):
             ("nonsense = 1", "第1行: nonsense: 没有这个设置"), ("\nthreads = 0", "第2行: threads: 应为1到1024的整数"),
             ("check = 1", "check: 没有这个设置"), ("name = 4.5", "name: 值应为文字或整数"),
             ('name = ""', "name: 应为1到255个字节"), ('allow = ["10.0.0.0/8", "x"]', 'allow: "x"不是IPv4地址段'),
-            ("[server]", "server: 值应为文字或整数"), ('name = "', "第1行: 不合TOML语法"), ("x" * (1 << 20), "超过1 MiB"),
+            ("[server]", "server: 值应为文字或整数"), ("x" * (1 << 20), "超过1 MiB"),
+            *((wrong, "第1行: 不合TOML语法") for wrong in ('name = "', "[", "name = é")),
         ):
             file = self.written(text + "\n")
             done = run("--config", file, "--library", SAMPLES)
@@ -142,8 +143,9 @@ class Operation(unittest.TestCase):
             done = run("--config", "/dev/null", "--library", library, "--check")
             self.assertEqual(status, done.returncode, done.stdout + done.stderr)
             self.assertIn(said, done.stdout)
-        done = run("--config", "/dev/null", "--library", SAMPLES, "--check", "--metrics", self.folder / "no/file")
-        self.assertIn("指标文件将无法写入: ", done.stdout)
+        for file in (self.folder / "no/file", "/dev/null"):
+            done = run("--config", "/dev/null", "--library", SAMPLES, "--check", "--metrics", file)
+            self.assertIn("指标文件将无法写入: ", done.stdout)
 
     def test_metrics_are_written_whole_again_and_again_and_at_the_end(self):
         libc = ctypes.CDLL(None)

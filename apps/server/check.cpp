@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "identity.h"
+#include "metrics_file.h"
 #include "on_loan.h"
 #include "scanner.h"
 #include "store.h"
@@ -108,9 +109,8 @@ void print_categories(const CATALOGUE_T &catalogue) {
 const char *trouble_with_metrics(const std::string &file) {
     if (file.empty())
         return nullptr;
-    std::error_code ignored;
-    if (std::filesystem::is_directory(file, ignored))
-        return system_error_text(EISDIR);
+    if (const int error = METRICS_FILE_T::replaceable(file); error != 0)
+        return system_error_text(error);
     const std::string folder = std::filesystem::path(file).parent_path();
     return access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0
                ? nullptr

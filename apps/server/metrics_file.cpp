@@ -33,6 +33,13 @@ int write_to(int file, const std::string &content) {
 
 } // namespace
 
+int METRICS_FILE_T::replaceable(const std::string &path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) < 0 || S_ISREG(status.st_mode))
+        return 0;
+    return S_ISDIR(status.st_mode) ? EISDIR : EEXIST;
+}
+
 METRICS_FILE_T::METRICS_FILE_T(std::string path, std::function<std::string()> text)
     : path_(std::move(path)), scratch_(path_ + ".tmp"), text_(std::move(text)) {}
 
@@ -93,6 +100,8 @@ void METRICS_FILE_T::write() {
 // 0 or an errno. What an end of the server has left of the scratch file goes first, so that nobody can have
 // put a link in its place.
 int METRICS_FILE_T::write_whole(const std::string &content) const {
+    if (const int unfit = replaceable(path_); unfit != 0)
+        return unfit;
     unlink(scratch_.c_str());
     const int file = open(scratch_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, MODE);
     if (file < 0)

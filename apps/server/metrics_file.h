@@ -19,6 +19,9 @@ public:
     METRICS_FILE_T &operator=(const METRICS_FILE_T &) = delete;
     ~METRICS_FILE_T() { stop(); }
 
+    // 0, or the errno of what may not give way to a file: a folder or a device.
+    static int replaceable(const std::string &path);
+
     void start();
     void write_soon();
     void stop(); // after a last write

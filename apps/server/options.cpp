@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <cstring>
 #include <sstream>
-#include <toml++/toml.h>
 #include <unistd.h>
 
 #include "system_error_text.h"
+#include "toml_parser.h"
 
 namespace server {
 
@@ -209,8 +209,10 @@ std::string read_config(const std::string &path, OPTIONS_T *options) {
         for (const auto &[key, node] : toml::parse(content)) {
             const std::string name(key.str());
             std::string value;
-            const std::string wrong =
-                list_of(node, &value) ? grammar.set(name, value) : name + ": 值应为文字或整数";
+            std::string wrong = name + ": 值应为文字或整数";
+            if (list_of(node, &value))
+                wrong = value.find('\0') == std::string::npos ? grammar.set(name, value)
+                                                              : name + ": 不能含有NUL字符";
             if (!wrong.empty())
                 return place(node.source()) + wrong;
         }
@@ -218,6 +220,17 @@ std::string read_config(const std::string &path, OPTIONS_T *options) {
         return place(error.source()) + "不合TOML语法: " + std::string(error.description());
     }
     return "";
+}
+
+// The parser's own messages are English; those of our checks are whole.
+std::string explain(const CLI::ParseError &error) {
+    std::string message = error.what();
+    const size_t colon = message.find(':');
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError))
+        return "多余的参数, 或不认识的选项" + message.substr(std::min(colon, message.size()));
+    if (error.get_name() == "ArgumentMismatch")
+        return message.substr(0, colon) + ": 值缺失或多余";
+    return message;
 }
 
 int usage_error(const std::string &what, const char *hint = "") {
@@ -243,7 +256,7 @@ std::optional<int> read_options(int argc, char **argv, OPTIONS_T *options) {
     } catch (const CLI::Success &success) {
         return grammar.print(success);
     } catch (const CLI::ParseError &error) {
-        return usage_error(error.what(), " (用 --help 查看用法)");
+        return usage_error(explain(error), " (用 --help 查看用法)");
     }
     if (options->library.empty())
         return usage_error("没有指定影片库: 请用 --library 目录, 或在配置文件中写 library = \"目录\"");

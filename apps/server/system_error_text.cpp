@@ -33,6 +33,8 @@ const char *system_error_text(int error, WANTED_T wanted) {
         return "路径中有一级不是目录";
     case EISDIR:
         return "是目录, 不是文件";
+    case EEXIST:
+        return "已存在, 但不是普通文件, 请换一个文件名";
     case EIO:
         return "读写磁盘出错, 请检查磁盘和连线";
     case ESTALE:
