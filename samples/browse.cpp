@@ -24,8 +24,10 @@ std::unique_ptr<PAGE_T, DELETE_T> page_of(int number, int size) {
 
 int main() {
     const auto page = page_of(1, 10);
-    if (page == nullptr)
+    if (page == nullptr) {
+        fputs("the server can't be asked\n", stderr);
         return 1;
+    }
     for (const auto *node = page->list; node != nullptr;
          node = static_cast<const TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *>(node->next))
         printf("%d %s\n", node->info->pubtime / 10000, node->info->movname);
