@@ -53,14 +53,18 @@ auto is_in_range(INT32_T first, INT32_T last) {
     };
 }
 
+std::string in_a_row(const std::vector<std::string> &words) {
+    std::string row;
+    for (const std::string &word : words)
+        row += (row.empty() ? "" : messages::NAME_SEPARATOR.get()) + word;
+    return row;
+}
+
 auto is_one_of(const std::vector<std::string> &words) {
     return [words](const std::string &value) -> std::string {
         if (std::find(words.begin(), words.end(), value) != words.end())
             return "";
-        std::string choices;
-        for (const std::string &word : words)
-            choices += (choices.empty() ? "" : messages::NAME_SEPARATOR.get()) + word;
-        return fill(messages::NOT_A_CHOICE, {choices, value});
+        return fill(messages::NOT_A_CHOICE, {in_a_row(words), value});
     };
 }
 
@@ -317,6 +321,7 @@ void declare_fetch(CLI::App &app, ARGUMENTS_T &arguments) {
 
 void declare_decode(CLI::App &app, ARGUMENTS_T &arguments) {
     const std::vector<std::string> words = message_words();
+    app.footer(fill(messages::HELP_TYPE_WORDS, {in_a_row(words)}));
     CLI::Option *type = add_argument(app, messages::ARGUMENT_TYPE, arguments.message, messages::HELP_TYPE);
     completes_from(type->check([words](const std::string &value) {
         return find_message(value) != nullptr ? "" : is_one_of(words)(value);
@@ -328,6 +333,7 @@ void declare_decode(CLI::App &app, ARGUMENTS_T &arguments) {
 }
 
 void declare_raw(CLI::App &app, ARGUMENTS_T &arguments) {
+    app.footer(fill(messages::HELP_TYPE_WORDS, {in_a_row(message_words())}));
     CLI::Option *type =
         add_argument(app, messages::ARGUMENT_TYPE, arguments.message, messages::HELP_ANY_TYPE);
     completes_from(type->check([](const std::string &value) {

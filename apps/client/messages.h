@@ -49,6 +49,7 @@ inline constexpr TEXT_T HELP_TYPE{"消息类型的名称或编号,如movies或10
                                   "word or number of the message type, such as movies or 1006"};
 inline constexpr TEXT_T HELP_ANY_TYPE{"消息类型的名称或任意编号,如movies或1006",
                                       "word of the message type or any number, such as movies or 1006"};
+inline constexpr TEXT_T HELP_TYPE_WORDS{"消息类型的名称: {0}", "Words of message types: {0}"};
 inline constexpr TEXT_T HELP_BODY_FILE{"消息体所在的文件,不含消息头; - 为标准输入",
                                        "file with the body, without its head; - is standard input"};
 inline constexpr TEXT_T HELP_REQUEST{"是请求的消息体,而不是回应的",
@@ -143,8 +144,8 @@ inline constexpr TEXT_T NOT_A_HOST{
     "应为IPv4地址(如192.168.1.10)或主机名,而不是“{0}”",
     "must be an IPv4 address (such as 192.168.1.10) or the name of a host, not “{0}”"};
 inline constexpr TEXT_T ONLY_THIS_MACHINE{
-    "这个命令只能查询本机的影柜,能查询其他影柜的命令有 disks、count 和 fetch",
-    "this command can only ask the cabinet of this machine; disks, count and fetch can ask others"};
+    "这个命令只能查询本机的影柜,能查询其他影柜的命令有 disks、count、fetch 和 raw",
+    "this command can only ask the cabinet of this machine; disks, count, fetch and raw can ask others"};
 inline constexpr TEXT_T NOT_AN_INTERVAL{"应为0.1到86400的秒数,而不是“{0}”",
                                         "must be 0.1 to 86400 seconds, not “{0}”"};
 inline constexpr TEXT_T NOT_A_DEVICE_NAME{"应为1到{0}个字节的设备名,而不是“{1}”",
