@@ -203,6 +203,7 @@ TEST(ClientCompletion, BashAndZshOfferWhatTheProgramAndTheServerKnow) {
             EXPECT_EQ(want, output_of(shell + words)) << shell;
     }
     EXPECT_EQ("电影|电视剧|", output_of(bash + "movies --category = 电"));
+    EXPECT_EQ("/dev/null|", output_of(bash + "decode info /dev/nul"));
     EXPECT_EQ("--color=always|", output_of(zsh + "movies --color=al"));
 }
 

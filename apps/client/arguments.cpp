@@ -327,7 +327,8 @@ void declare_decode(CLI::App &app, ARGUMENTS_T &arguments) {
         return find_message(value) != nullptr ? "" : is_one_of(words)(value);
     }),
                    lines_of(words));
-    add_argument(app, messages::ARGUMENT_FILE, arguments.file, messages::HELP_BODY_FILE);
+    completes_from(add_argument(app, messages::ARGUMENT_FILE, arguments.file, messages::HELP_BODY_FILE),
+                   SOURCE_FILES);
     app.add_flag("--request", arguments.request, messages::HELP_REQUEST)->disable_flag_override();
     app.add_flag("--hex", arguments.hex, messages::HELP_HEX)->disable_flag_override();
 }

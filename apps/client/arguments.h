@@ -65,6 +65,7 @@ INT32_T order_by(const std::string &word);
 // What completes the values of an option, kept with it as the description of a check of this name: choices, a
 // line each, an attribute's word for the names that the server has, or one of those that follow.
 constexpr const char *COMPLETION_SOURCE = "completion";
+constexpr const char *SOURCE_FILES = ":files";
 constexpr const char *SOURCE_FOLDERS = ":folders";
 constexpr const char *SOURCE_HOSTS = ":hosts";
 constexpr const char *SOURCE_DISKS = ":disks";

@@ -210,7 +210,8 @@ WORDS_T candidates_at(const PLACE_T &place) {
 std::string fitting_lines(const PLACE_T &place, const WORDS_T &candidates, bool whole_words) {
     std::string lines;
     for (const std::string &candidate : candidates) {
-        const bool directive = candidate == SOURCE_FOLDERS || candidate == SOURCE_HOSTS;
+        const bool directive =
+            candidate == SOURCE_FILES || candidate == SOURCE_FOLDERS || candidate == SOURCE_HOSTS;
         const bool fits =
             directive || (candidate.starts_with(place.partial) && printable(candidate) == candidate &&
                           !candidate.starts_with(':') && !candidate.empty());

@@ -6,9 +6,10 @@ _tavisys() {
     COMPREPLY=()
     for candidate in $("${COMP_WORDS[0]}" complete -- "${words[@]}" 2>/dev/null); do
         case $candidate in
-        :folders)
+        :files | :folders)
             compopt -o filenames 2>/dev/null
-            COMPREPLY+=($(compgen -d -- "$current"))
+            [ "$candidate" = :files ] && candidate=-f || candidate=-d
+            COMPREPLY+=($(compgen "$candidate" -- "$current"))
             ;;
         :hosts) COMPREPLY+=($(compgen -A hostname -- "$current")) ;;
         *[\ \\\"\'\$\`\&\|\;\<\>\(\)\*\?\[\]\{\}\#\!\~]*) COMPREPLY+=("$(printf '%q' "$candidate")") ;;
