@@ -22,6 +22,7 @@ for need in "libtavisys1: libxml2 (" "libtavisys-dev: $library" "tavisys-server:
         ;;
     esac
 done
+dpkg-deb -I "$work"/libtavisys1_*.deb shlibs | grep '(>= ' # what others' packages need
 # As an ordinary user, and not what it only warns of.
 set -- --fail-on error --tag-display-limit 0 "$work"/*.deb
 if [ "$(id -u)" -eq 0 ]; then
