@@ -7,7 +7,7 @@ int main(void) {
     TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T request = {.pagenum = 1, .pagesize = 10};
     TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T *page = NULL;
     if (tavisysapi_get_movie_basic_ext_information(&request, &page) != 0) {
-        fputs("the server can't be asked\n", stderr);
+        fputs("the server gives no answer\n", stderr);
         return 1;
     }
     for (TP_TAVISYS_BASIC_MOVIE_INFORMATION_LIST_T *node = page->list; node != NULL; node = node->next)

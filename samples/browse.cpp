@@ -25,7 +25,7 @@ std::unique_ptr<PAGE_T, DELETE_T> page_of(int number, int size) {
 int main() {
     const auto page = page_of(1, 10);
     if (page == nullptr) {
-        fputs("the server can't be asked\n", stderr);
+        fputs("the server gives no answer\n", stderr);
         return 1;
     }
     for (const auto *node = page->list; node != nullptr;
