@@ -174,7 +174,7 @@ TEST(ClientCommand, NamesBecomeIdsWithOneRequestForEachList) {
         // The lists that resolve a name also name the ids of the page.
         {"movies --category 电影 --kind 剧情",
          {categories, list(1, 1), page(1, 3, 0, 0, 0, 1, 24, 0), list(2, 1), list(3, 1), list(4, 1)}},
-        {"movie 电视剧 8", {categories, {1007, wire(2, 8)}}},
+        {"movie 电视剧 08", {categories, {1007, wire(2, 8)}}},
         {"filters 全部 area", {list(2, 0)}}};
     for (const auto &[arguments, want] : cases) {
         auto server = std::make_unique<SERVER_T>(answer);

@@ -109,7 +109,7 @@ class Operation(unittest.TestCase):
 
     def test_what_is_wrong_with_a_configuration_is_said_with_file_and_key(self):
         for text, want in (
-            ("nonsense = 1", "第1行: nonsense: 没有这个设置"), ("\nthreads = 0", "第2行: threads: 应为1到1024的整数"),
+            ("nonsense = 1", "第1行: nonsense: 没有这个设置"), ('\nthreads = "08"', "第2行: threads: 应为1到1024的整数"),
             ("check = 1", "check: 没有这个设置"), ("name = 4.5", "name: 值应为文字或整数"),
             ('name = ""', "name: 应为1到255个字节"), ('allow = ["10.0.0.0/8", "x"]', 'allow: "x"不是IPv4地址段'),
             ("[server]", "server: 值应为文字或整数"), ("x" * (1 << 20), "超过1 MiB"),

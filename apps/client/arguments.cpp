@@ -138,8 +138,17 @@ CLI::Option *add_argument(CLI::App &app, const TEXT_T &name, std::string &value,
     return app.add_option(name, value, help)->required();
 }
 
+// Left to itself the parser takes a number behind a zero for an octal one.
+CLI::Option *add_decimal(CLI::App &app, const std::string &name, INT32_T &value, const TEXT_T &help) {
+    const auto without_zeros = [](std::string text) {
+        const bool decimal = text.find_first_not_of("0123456789") == std::string::npos;
+        return decimal ? text.erase(0, std::min(text.find_first_not_of('0'), text.size() - 1)) : text;
+    };
+    return app.add_option(name, value, help)->transform(without_zeros);
+}
+
 void add_number(CLI::App &app, const char *name, INT32_T &value, const TEXT_T &help, INT32_T last) {
-    app.add_option(name, value, help)
+    add_decimal(app, name, value, help)
         ->check(is_in_range(1, last))
         ->option_text(messages::VALUE_NUMBER)
         ->default_str(std::to_string(value));
@@ -283,7 +292,7 @@ void declare_movies(CLI::App &app, ARGUMENTS_T &arguments) {
 void declare_movie(CLI::App &app, ARGUMENTS_T &arguments) {
     declare_watch(app, arguments);
     add_category(app, arguments);
-    app.add_option(messages::ARGUMENT_MOVIE_ID, arguments.movie, messages::HELP_MOVIE_ID)
+    add_decimal(app, messages::ARGUMENT_MOVIE_ID, arguments.movie, messages::HELP_MOVIE_ID)
         ->required()
         ->check(is_in_range(0, LARGEST));
 }

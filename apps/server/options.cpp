@@ -40,7 +40,8 @@ std::string check_threads(const std::string &text) {
     unsigned value = 0;
     const char *end = text.data() + text.size();
     const auto [behind, error] = std::from_chars(text.data(), end, value);
-    const bool fits = error == std::errc() && behind == end && value >= 1 && value <= MOST_THREADS;
+    const bool fits = error == std::errc() && behind == end && value >= 1 && value <= MOST_THREADS &&
+                      text.front() != '0'; // which would make it an octal number
     return fits ? "" : "应为1到" + std::to_string(MOST_THREADS) + "的整数";
 }
 
