@@ -58,6 +58,10 @@ int64_t nanoseconds(const timespec &time) {
     return time.tv_sec * SECOND + time.tv_nsec;
 }
 
+SIGNATURE_T signature_of(const struct stat &status) {
+    return {status.st_ino, status.st_size, nanoseconds(status.st_mtim)};
+}
+
 FOLDER_SIGNATURE_T signature_of_folder(const struct stat &status) {
     return {status.st_dev, status.st_ino, nanoseconds(status.st_mtim)};
 }
@@ -138,7 +142,11 @@ private:
         if (content.has_document) {
             const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
             const bool may_be_relied_on = is_there && content.folders.empty() && has_settled(signature);
-            add(may_be_relied_on ? signature : FOLDER_SIGNATURE_T{}, place_before());
+            const size_t before = place_before();
+            SIGNATURE_T seen;
+            if (before != UNKNOWN)
+                look_at(folder.file(), DOCUMENT_NAME, &seen);
+            add(may_be_relied_on ? signature : FOLDER_SIGNATURE_T{}, before, seen);
         }
         if (level == DEEPEST && !content.folders.empty()) {
             passed_over_.push_back({path_, "目录层次过深, 其下的目录不再查找"});
@@ -155,8 +163,18 @@ private:
         }
     }
 
-    void add(const FOLDER_SIGNATURE_T &leaf, size_t before) {
-        documents_.push_back({path_, disk_length_, partition_length_, leaf, before});
+    void add(const FOLDER_SIGNATURE_T &leaf, size_t before, const SIGNATURE_T &seen) {
+        documents_.push_back({path_, disk_length_, partition_length_, leaf, before, seen});
+    }
+
+    // False when there is nothing of that name. What isn't a file has no signature.
+    static bool look_at(int folder, const char *name, SIGNATURE_T *seen) {
+        struct stat status {};
+        if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) < 0)
+            return errno != ENOENT;
+        if (S_ISREG(status.st_mode))
+            *seen = signature_of(status);
+        return true;
     }
 
     // Adds the document of a folder without folders, when it can be told that there are none without reading
@@ -167,18 +185,15 @@ private:
             return false;
         const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
         const size_t before = place_before();
-        if (before != UNKNOWN && before_[before].leaf == signature) { // as the last walk has seen it
-            add(signature, before);
-            return true;
-        }
-        if (!links_count_ || !S_ISDIR(status.st_mode) || status.st_nlink != 2 || status.st_dev != device_)
+        const bool is_as_before = before != UNKNOWN && before_[before].leaf == signature;
+        const bool has_no_folders =
+            links_count_ && S_ISDIR(status.st_mode) && status.st_nlink == 2 && status.st_dev == device_;
+        if (!is_as_before && !has_no_folders)
             return false;
         name_.assign(name).append("/").append(DOCUMENT_NAME);
-        struct stat document {};
-        if (fstatat(parent.file(), name_.c_str(), &document, AT_SYMLINK_NOFOLLOW) == 0)
-            add(has_settled(signature) ? signature : FOLDER_SIGNATURE_T{}, before);
-        else if (errno != ENOENT)
-            return false;
+        SIGNATURE_T seen;
+        if (look_at(parent.file(), name_.c_str(), &seen))
+            add(is_as_before || has_settled(signature) ? signature : FOLDER_SIGNATURE_T{}, before, seen);
         return true;
     }
 
@@ -235,10 +250,6 @@ private:
     size_t partition_length_ = 0;
     alignas(dirent64) std::array<char, size_t{64} * 1024> buffer_{};
 };
-
-SIGNATURE_T signature_of(const struct stat &status) {
-    return {status.st_ino, status.st_size, nanoseconds(status.st_mtim)};
-}
 
 // Calls work() in so many threads, this one among them, and waits until all have returned.
 template <class WORK>
@@ -318,15 +329,6 @@ bool DOCUMENT_READER_T::enter(const DOCUMENT_T &document) {
     path_ = document.folder.size() > length ? document.folder.substr(length + 1) + "/" : "";
     path_.append(DOCUMENT_NAME);
     return folder_ >= 0;
-}
-
-bool DOCUMENT_READER_T::look(const DOCUMENT_T &document, SIGNATURE_T *signature) {
-    struct stat status {};
-    if (!enter(document) || fstatat(folder_, path_.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0 ||
-        !S_ISREG(status.st_mode))
-        return false;
-    *signature = signature_of(status);
-    return true;
 }
 
 const char *DOCUMENT_READER_T::open(const DOCUMENT_T &document, SIGNATURE_T *signature) {

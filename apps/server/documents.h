@@ -41,6 +41,7 @@ struct DOCUMENT_T {
     // Of a folder without folders that had last changed well before it was read. Else of no folder.
     FOLDER_SIGNATURE_T leaf;
     size_t before = UNKNOWN; // its place among the documents of the last walk
+    SIGNATURE_T seen;        // as this walk has seen it; of none where nothing is known of it from before
 
     std::string disk() const { return folder.substr(0, disk_length); }
     std::string partition() const { return folder.substr(disk_length + 1, partition_length); }
@@ -70,8 +71,6 @@ class DOCUMENT_READER_T {
 public:
     explicit DOCUMENT_READER_T(const std::string &root) : root_(root) {}
 
-    // Tells the signature of a document without opening it. False when it can't be told: open() says why.
-    bool look(const DOCUMENT_T &document, SIGNATURE_T *signature);
     // Opens the document and tells its signature. Returns NULL, or a static text: why it can't be loaded.
     const char *open(const DOCUMENT_T &document, SIGNATURE_T *signature);
     // Reads the open document. Returns as open() does.

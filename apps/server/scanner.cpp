@@ -24,7 +24,7 @@ using CLOCK_T = std::chrono::steady_clock;
 constexpr const char *SHORT_OF_MEMORY = "内存不足";
 constexpr size_t BATCH = 64; // documents that a parser takes at once
 constexpr auto LOOK_EVERY = std::chrono::milliseconds(50);
-constexpr auto PUBLISH_EVERY = std::chrono::milliseconds(250);
+constexpr auto PUBLISH_EVERY = std::chrono::seconds(1);
 constexpr int PUBLISH_SHARE = 20; // of the time, at most a twentieth goes into unfinished snapshots
 
 // Where the movie lies, as the catalogue records it. False when memory is short.
@@ -153,15 +153,29 @@ private:
         scanner_->leave_out("影片", document.folder + "/metadata.xml", reason);
     }
 
-    OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) try {
-        SIGNATURE_T signature;
-        if (document.before != UNKNOWN && reader->look(document, &signature)) {
-            const OUTCOME_T &before = scanner_->outcomes_[document.before];
-            if (before.finished() && before.document == signature) {
-                known_ += before.movie != nullptr ? 1 : 0;
-                return before;
-            }
+    // What has become of a document that hasn't changed. A movie that keeps much memory from being given up
+    // is moved; what is served shows it in its new place as soon as it shows anything new.
+    OUTCOME_T known(const OUTCOME_T &before) {
+        if (before.movie == nullptr)
+            return before;
+        known_++;
+        if (!before.movie->lies_among_gaps())
+            return before;
+        try {
+            const std::lock_guard lock(references_mutex);
+            return {make_movie(*before.movie->record, before.movie->folder), nullptr, before.document};
+        } catch (const std::bad_alloc &) { // it stays where it is
+            return before;
         }
+    }
+
+    OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) try {
+        if (document.before != UNKNOWN && document.seen != SIGNATURE_T{}) {
+            const OUTCOME_T &before = scanner_->outcomes_[document.before];
+            if (before.finished() && before.document == document.seen)
+                return known(before);
+        }
+        SIGNATURE_T signature;
         if (const char *reason = reader->open(document, &signature); reason != nullptr)
             return {nullptr, reason, {}};
         if (const char *reason = reader->read(); reason != nullptr)
@@ -178,17 +192,17 @@ private:
         const OWNED_MOVIE_T owned(record);
         if (!set_position(record, document))
             return {nullptr, SHORT_OF_MEMORY, {}};
-        return {std::make_shared<const MOVIE_T>(*record, document.folder), nullptr, signature};
+        return {make_movie(*record, document.folder), nullptr, signature};
     } catch (const std::bad_alloc &) {
         return {nullptr, SHORT_OF_MEMORY, {}};
     }
 
     // A snapshot stays until the next one is made. Two of nearly all movies would take the most memory that
-    // loading takes, so the second half comes with the whole.
+    // loading takes, so what follows the first third comes with the whole.
     void publish_if_due() {
         const auto now = CLOCK_T::now();
         const auto pause = std::max<CLOCK_T::duration>(PUBLISH_EVERY, last_cost_ * PUBLISH_SHARE);
-        if (now - published_at_ < pause || collected_ > library_.documents.size() / 2)
+        if (now - published_at_ < pause || collected_ > library_.documents.size() / 3)
             return;
         publish();
         published_at_ = CLOCK_T::now();
