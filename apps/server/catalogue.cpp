@@ -89,7 +89,7 @@ void add_value(CATEGORY_T *category, TP_FILTER_TYPE_E type, INT32_T id, const IN
     if (value.means_all)
         return;
     value.sorted.is_filter = true;
-    value.sorted.is_often_alone = type == TP_FILTER_TYPE_KIND;
+    value.sorted.is_often_alone = type == TP_FILTER_TYPE_KIND && category->name != nullptr;
     lists->add(&value.sorted);
 }
 
@@ -384,24 +384,27 @@ void CATALOGUE_T::place_movies(const POSITIONS_T &order) {
     for (; disk != nullptr; disk = static_cast<const DBDATA_HARDDISK_INFORMATION_LIST_T *>(disk->next))
         serials.resize(serials.size() + disk->movstat.parseok_movies, disk->info->serialno);
 
-    std::vector<MOVIE_PTR> movies(order.size());
+    for (POSITION_T position = 0; position < order.size(); position++) {
+        POSITION_T now_at = order[position];
+        while (now_at < position) // has made room for another
+            now_at = order[now_at];
+        std::swap(movies_[position], movies_[now_at]);
+    }
     page_parts_.reserve(order.size());
     by_id_.reserve(order.size());
     for (POSITION_T position = 0; position < order.size(); position++) {
         if (position + 2 * AHEAD < order.size())
-            __builtin_prefetch(movies_[order[position + 2 * AHEAD]].get());
+            __builtin_prefetch(movies_[position + 2 * AHEAD].get());
         if (position + AHEAD < order.size())
-            fetch(movies_[order[position + AHEAD]]->bytes());
-        movies[position] = std::move(movies_[order[position]]);
-        const DBDATA_MOVIE_INFORMATION_T &movie = *movies[position]->record;
+            fetch(movies_[position + AHEAD]->bytes());
+        const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
         by_id_.emplace_back(movie.id, position);
         if (*text_or_empty(movie.posters->big) != '\0')
             with_poster_.push_back(position);
-        const std::string part = page_part_of(movie, movies[position]->folder, serials[order[position]]);
+        const std::string part = page_part_of(movie, movies_[position]->folder, serials[order[position]]);
         auto *kept = static_cast<char *>(page_memory_.allocate(part.size(), 1));
         page_parts_.push_back({kept, static_cast<INT32_T>(part.copy(kept, part.size()))});
     }
-    movies_ = std::move(movies);
     std::sort(by_id_.begin(), by_id_.end());
 }
 

@@ -99,6 +99,14 @@ bool is_walked_before(std::string_view left, std::string_view right) {
     return rank(*l) < rank(*r);
 }
 
+// What a walk finds in a partition.
+struct FOUND_T {
+    std::vector<DOCUMENT_T> documents;
+    std::vector<PASSED_OVER_T> passed_over;
+    std::unique_ptr<std::pmr::monotonic_buffer_resource> names =
+        std::make_unique<std::pmr::monotonic_buffer_resource>();
+};
+
 // Walks one partition at a time.
 class WALK_T {
 public:
@@ -113,9 +121,10 @@ public:
         return std::move(content.folders);
     }
 
-    std::vector<DOCUMENT_T> documents_in(const std::string &partition) {
-        disk_length_ = partition.find('/');
-        partition_length_ = partition.size() - disk_length_ - 1;
+    FOUND_T documents_in(const std::string &partition) {
+        found_ = {};
+        disk_length_ = static_cast<uint32_t>(partition.find('/'));
+        partition_length_ = static_cast<uint32_t>(partition.size()) - disk_length_ - 1;
         path_ = partition;
         const auto is_earlier = [](const DOCUMENT_T &document, const std::string &path) {
             return is_walked_before(document.folder, path);
@@ -127,10 +136,10 @@ public:
         links_count_ = fstat(folder.file(), &status) == 0 && links_count_folders(folder.file());
         device_ = status.st_dev;
         look_into(folder, 1);
-        return std::move(documents_);
+        return std::move(found_);
     }
 
-    std::vector<PASSED_OVER_T> passed_over() { return std::move(passed_over_); }
+    std::vector<PASSED_OVER_T> passed_over() { return std::move(found_.passed_over); }
 
 private:
     void look_into(const FOLDER_T &folder, size_t level) {
@@ -149,7 +158,7 @@ private:
             add(may_be_relied_on ? signature : FOLDER_SIGNATURE_T{}, before, seen);
         }
         if (level == DEEPEST && !content.folders.empty()) {
-            passed_over_.push_back({path_, "目录层次过深, 其下的目录不再查找"});
+            found_.passed_over.push_back({path_, "目录层次过深, 其下的目录不再查找"});
             return;
         }
         const size_t length = path_.size();
@@ -164,7 +173,10 @@ private:
     }
 
     void add(const FOLDER_SIGNATURE_T &leaf, size_t before, const SIGNATURE_T &seen) {
-        documents_.push_back({path_, disk_length_, partition_length_, leaf, before, seen});
+        auto *name = static_cast<char *>(found_.names->allocate(path_.size(), 1));
+        path_.copy(name, path_.size());
+        found_.documents.push_back(
+            {{name, path_.size()}, disk_length_, partition_length_, leaf, before, seen});
     }
 
     // False when there is nothing of that name. What isn't a file has no signature.
@@ -214,7 +226,7 @@ private:
             }
         }
         if (size < 0)
-            passed_over_.push_back({path, system_error_text(errno, WANTED_T::READ_FOLDER)});
+            found_.passed_over.push_back({path, system_error_text(errno, WANTED_T::READ_FOLDER)});
         std::sort(content->folders.begin(), content->folders.end());
         return size == 0;
     }
@@ -240,14 +252,13 @@ private:
     const std::atomic<bool> &stop_;
     const std::span<const DOCUMENT_T> before_;
     size_t next_ = 0; // in it
-    std::vector<DOCUMENT_T> documents_;
-    std::vector<PASSED_OVER_T> passed_over_;
+    FOUND_T found_;   // in the partition
     std::string path_;
     std::string name_;         // of a document, from its folder's parent on
     bool links_count_ = false; // on this device
     dev_t device_ = 0;
-    size_t disk_length_ = 0;
-    size_t partition_length_ = 0;
+    uint32_t disk_length_ = 0;
+    uint32_t partition_length_ = 0;
     alignas(dirent64) std::array<char, size_t{64} * 1024> buffer_{};
 };
 
@@ -281,32 +292,34 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
     }
 
     library.passed_over = top->passed_over();
-    std::vector<std::vector<DOCUMENT_T>> found(partitions.size());
-    std::vector<std::vector<PASSED_OVER_T>> passed_over(partitions.size());
+    std::vector<FOUND_T> found(partitions.size());
     std::atomic<size_t> next = 0;
     std::atomic<bool> short_of_memory = false; // no exception may leave a thread
     share(std::min(threads, partitions.size()), [&] {
         try {
             const auto walk = std::make_unique<WALK_T>(root, stop, before);
-            for (size_t i = next++; i < partitions.size(); i = next++) {
+            for (size_t i = next++; i < partitions.size(); i = next++)
                 found[i] = walk->documents_in(partitions[i]);
-                passed_over[i] = walk->passed_over();
-            }
         } catch (const std::bad_alloc &) {
             short_of_memory = true;
         }
     });
     if (short_of_memory)
         throw std::bad_alloc();
-    auto documents = found.begin();
+    size_t documents = 0;
+    for (const FOUND_T &in_partition : found)
+        documents += in_partition.documents.size();
+    library.documents.reserve(documents);
+    auto in_partition = found.begin();
     for (DISK_T &disk : library.disks)
         for (PARTITION_T &partition : disk.partitions) {
-            partition.stat.total_movies = static_cast<UINT32_T>(documents->size());
-            std::move(documents->begin(), documents->end(), std::back_inserter(library.documents));
-            ++documents;
+            FOUND_T part = std::move(*in_partition++); // freed before the next is taken
+            partition.stat.total_movies = static_cast<UINT32_T>(part.documents.size());
+            std::move(part.documents.begin(), part.documents.end(), std::back_inserter(library.documents));
+            std::move(part.passed_over.begin(), part.passed_over.end(),
+                      std::back_inserter(library.passed_over));
+            library.names.push_back(std::move(part.names));
         }
-    for (std::vector<PASSED_OVER_T> &folders : passed_over)
-        std::move(folders.begin(), folders.end(), std::back_inserter(library.passed_over));
     return library;
 }
 
@@ -326,7 +339,9 @@ bool DOCUMENT_READER_T::enter(const DOCUMENT_T &document) {
         path_.assign(root_).append("/").append(partition_);
         folder_ = ::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
     }
-    path_ = document.folder.size() > length ? document.folder.substr(length + 1) + "/" : "";
+    path_.clear();
+    if (document.folder.size() > length)
+        path_.append(document.folder.substr(length + 1)).append("/");
     path_.append(DOCUMENT_NAME);
     return folder_ >= 0;
 }
