@@ -9,11 +9,13 @@
 #include <fcntl.h>
 #include <iterator>
 #include <linux/magic.h>
+#include <linux/openat2.h>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/statfs.h>
+#include <sys/syscall.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -29,11 +31,25 @@ constexpr off_t LARGEST_DOCUMENT = 4 * 1024 * 1024;
 
 constexpr size_t DEEPEST = 64; // levels of folders: each holds a descriptor while it is looked at
 
+// Opens what lies below the folder. No part of the path may be a symbolic link, also one that has come there
+// since the walk: the server reads nothing but its library.
+int open_below(int folder, const char *path, int flags) {
+    open_how how{};
+    how.flags = static_cast<uint64_t>(flags);
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
+    const auto file = static_cast<int>(syscall(SYS_openat2, folder, path, &how, sizeof how));
+    if (file >= 0 || (errno != ENOSYS && errno != EPERM))
+        return file;
+    return openat(folder, path, flags | O_NOFOLLOW); // before Linux 5.6, and where a container forbids it
+}
+
 // An open folder, closed with its object.
 class FOLDER_T {
 public:
-    FOLDER_T(int parent, const char *name)
-        : file_(openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)) {}
+    explicit FOLDER_T(const char *path)
+        : file_(open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)) {}
+    FOLDER_T(const FOLDER_T &parent, const char *path)
+        : file_(open_below(parent.file(), path, O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
     FOLDER_T(const FOLDER_T &) = delete;
     FOLDER_T &operator=(const FOLDER_T &) = delete;
     ~FOLDER_T() {
@@ -115,7 +131,7 @@ public:
 
     // The names of the folders in a folder, which is named below the library folder.
     std::vector<std::string> folders_in(const char *path) {
-        const FOLDER_T folder(root_.file(), path);
+        const FOLDER_T folder(root_, path);
         CONTENT_T content;
         read(folder, path, &content);
         return std::move(content.folders);
@@ -131,7 +147,7 @@ public:
         };
         next_ = static_cast<size_t>(std::lower_bound(before_.begin(), before_.end(), path_, is_earlier) -
                                     before_.begin());
-        const FOLDER_T folder(root_.file(), path_.c_str());
+        const FOLDER_T folder(root_, path_.c_str());
         struct stat status {};
         links_count_ = fstat(folder.file(), &status) == 0 && links_count_folders(folder.file());
         device_ = status.st_dev;
@@ -167,7 +183,7 @@ private:
                 return;
             path_.append("/").append(name);
             if (!add_leaf(folder, name))
-                look_into(FOLDER_T(folder.file(), name.c_str()), level + 1);
+                look_into(FOLDER_T(folder, name.c_str()), level + 1);
             path_.resize(length);
         }
     }
@@ -278,7 +294,7 @@ void share(size_t threads, WORK work) {
 
 LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop,
                          std::span<const DOCUMENT_T> before) {
-    const FOLDER_T root(AT_FDCWD, path.c_str());
+    const FOLDER_T root(path.c_str());
     LIBRARY_T library;
     std::vector<std::string> partitions;
     const auto top = std::make_unique<WALK_T>(root, stop, before); // its buffer is large for a stack
@@ -336,8 +352,8 @@ bool DOCUMENT_READER_T::enter(const DOCUMENT_T &document) {
         if (folder_ >= 0)
             ::close(folder_);
         partition_.assign(document.folder, 0, length);
-        path_.assign(root_).append("/").append(partition_);
-        folder_ = ::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+        folder_ =
+            open_below(FOLDER_T(root_.c_str()).file(), partition_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
     }
     path_.clear();
     if (document.folder.size() > length)
@@ -350,8 +366,8 @@ const char *DOCUMENT_READER_T::open(const DOCUMENT_T &document, SIGNATURE_T *sig
     close();
     if (!enter(document))
         return system_error_text(errno, WANTED_T::READ_FILE);
-    // Neither a link nor a pipe that nobody writes to may lead or hold the scan.
-    file_ = openat(folder_, path_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    // A pipe that nobody writes to may not hold the scan.
+    file_ = open_below(folder_, path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (file_ < 0)
         return errno == ELOOP ? "是符号链接" : system_error_text(errno, WANTED_T::READ_FILE);
     struct stat status {};
