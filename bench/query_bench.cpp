@@ -73,7 +73,7 @@ server::MOVIE_PTR copy_of(const server::MOVIE_T &movie, size_t number) {
                                            record.info->movie_name_en};
     record.info = &basic;
     record.id = static_cast<INT32_T>(number);
-    return std::make_shared<const server::MOVIE_T>(record, movie.folder);
+    return server::make_movie(record, movie.folder);
 }
 
 INT32_T largest_category(const server::CATALOGUE_T &catalogue) {

@@ -122,8 +122,8 @@ bool is_part(const TP_TAVISYS_BASIC_MOVIE_PART_T &part) {
 }
 
 // With many movies their parts are in none of the caches. Asking for all of a page before any is needed takes
-// hardly longer than waiting for one. The second level can wait for far more lines at once than the first, and
-// a part that begins inside a line ends in one more.
+// hardly longer than waiting for one. The second level can wait for far more lines at once than the first,
+// and a part that begins inside a line ends in one more.
 void prefetch(const TP_TAVISYS_BASIC_MOVIE_PART_T &part) {
     constexpr INT32_T CACHE_LINE = 64;
     constexpr int SECOND_LEVEL = 2;

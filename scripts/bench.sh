@@ -5,8 +5,9 @@
 #   scripts/bench.sh --check     count instructions: fails when one of the counts in bench/baseline.json has
 #                                grown by more than 5 %
 #   scripts/bench.sh --update    count instructions and write them into bench/baseline.json
-# TAVISYS_DATA=DIR names a folder of generated movie documents to measure with. Port 40001 must be free, or
-# this must be allowed to make a network of its own.
+# TAVISYS_DATA=DIR names a folder of generated movie documents to measure with. TAVISYS_LARGE=DIR names one with
+# 6 GB of room, where libraries of 360,000 and 1,000,000 of these are made and kept, to load them as well.
+# Port 40001 must be free, or this must be allowed to make a network of its own.
 set -eu
 cd "$(dirname "$0")/.."
 unset CFLAGS CXXFLAGS LDFLAGS
@@ -29,6 +30,17 @@ count_instructions() {
     python3 bench/instructions.py "$1" build/release/bench/instructions
 }
 
+# The libraries to load; none: load_bench chooses.
+libraries() {
+    if [ -n "${TAVISYS_DATA-}" ] && [ -n "${TAVISYS_LARGE-}" ]; then
+        printf '%s\n' "$TAVISYS_DATA"
+        for documents in 360000 1000000; do
+            python3 bench/larger_library.py "$TAVISYS_DATA" "$TAVISYS_LARGE/$documents" "$documents"
+            printf '%s\n' "$TAVISYS_LARGE/$documents"
+        done
+    fi
+}
+
 # A network of its own has port 40001 free.
 run() {
     if unshare -rn true 2>/dev/null; then
@@ -44,7 +56,7 @@ case ${1-} in
     exit
     ;;
 -*)
-    sed -n '2,9s/^# \{0,1\}//p' "$0" >&2
+    sed -n '2,11s/^# \{0,1\}//p' "$0" >&2
     exit 2
     ;;
 esac
@@ -60,7 +72,16 @@ results=build/release/bench/results
 mkdir -p "$results"
 for name in $names; do
     printf '\n== %s\n' "$name"
-    run "build/release/bench/$name" --benchmark_out_format=json --benchmark_out="$results/$name.new"
+    set --
+    if [ "$name" = load_bench ]; then
+        large=$(libraries)
+        IFS='
+'
+        # shellcheck disable=SC2086
+        set -- $large
+        unset IFS
+    fi
+    run "build/release/bench/$name" "$@" --benchmark_out_format=json --benchmark_out="$results/$name.new"
     mv "$results/$name.new" "$results/$name.json"
 done
 python3 bench/report.py "$results" docs

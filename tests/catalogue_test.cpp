@@ -42,7 +42,7 @@ MOVIE_PTR random_movie(RANDOM_T *random, int number) {
     DBDATA_MOVIE_INFORMATION_T *record = nullptr;
     EXPECT_EQ(0, get_tavi_metadata_information_from_document(text.data(), static_cast<INT32_T>(text.size()),
                                                              &record, nullptr));
-    auto movie = std::make_shared<const MOVIE_T>(*record, "sda/sda1/" + document.code);
+    auto movie = make_movie(*record, "sda/sda1/" + document.code);
     release_dbdata_movie_information(&record);
     return movie;
 }
@@ -175,6 +175,26 @@ TEST(Catalogue, PageBodiesAreWhatTheEncodersMakeOfTheirMovies) {
             safe_free(again);
             safe_free(body);
         }
+}
+
+// Movies share pieces of memory: a few that are left of many say so, and their copies lie among others.
+TEST(Catalogue, AMovieThatKeepsMuchMemoryForItselfIsTold) {
+    RANDOM_T random;
+    const MOVIE_PTR model = random_movie(&random, 1);
+    std::vector<MOVIE_PTR> movies(5000);
+    std::generate(movies.begin(), movies.end(), [&] { return make_movie(*model->record, model->folder); });
+    const auto is_told = [](const MOVIE_PTR &movie) { return movie->lies_among_gaps(); };
+    EXPECT_EQ(0, std::count_if(movies.begin(), movies.end(), is_told));
+    size_t number = 0;
+    movies.erase(
+        std::remove_if(movies.begin(), movies.end(), [&](const auto &) { return number++ % 8 != 0; }),
+        movies.end());
+    EXPECT_LT(200, std::count_if(movies.begin(), movies.end(), is_told));
+    for (MOVIE_PTR &movie : movies)
+        movie = make_movie(*movie->record, movie->folder);
+    EXPECT_EQ(0, std::count_if(movies.begin(), movies.end(), is_told));
+    EXPECT_STREQ(model->record->info->movie_name_ch, movies.back()->record->info->movie_name_ch);
+    EXPECT_EQ(model->folder, movies.back()->folder);
 }
 
 TEST(Catalogue, TakesScoresInTenths) {

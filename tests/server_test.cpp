@@ -43,6 +43,13 @@ std::vector<std::string> names_of(const PAGE_REQUEST_T &request) {
     return names;
 }
 
+std::map<std::string, INT32_T> ids_by_name() {
+    std::map<std::string, INT32_T> ids;
+    const PAGE_PTR page = ask_for_page(page_request(0, 1, 100));
+    for_each(page->list, [&](const auto &movie) { ids[movie.movname] = movie.movid; });
+    return ids;
+}
+
 INT32_T total_of(PAGE_REQUEST_T request) {
     return ask_for_page(request)->pageinfo.totalmovies;
 }
@@ -287,13 +294,7 @@ TEST(Server, ARescanSeesWhatHasChangedAndKeepsTheIdsOfTheRest) {
     for (const fs::path &document : {kept, changed, removed}) // folders that are relied on
         fs::last_write_time(document.parent_path(), fs::file_time_type::clock::now() - std::chrono::hours(1));
     const auto server = SERVER_PROCESS_T::serving(library.path());
-    const auto ids = [] {
-        std::map<std::string, INT32_T> result;
-        const PAGE_PTR page = ask_for_page(page_request(0, 1, 100));
-        for_each(page->list, [&](const auto &movie) { result[movie.movname] = movie.movid; });
-        return result;
-    };
-    auto before = ids();
+    auto before = ids_by_name();
     ASSERT_EQ(3U, before.size());
 
     write_file(changed, MOVIE_DOCUMENT_T{"C2", "贰", "1.0"}.text());
@@ -304,12 +305,39 @@ TEST(Server, ARescanSeesWhatHasChangedAndKeepsTheIdsOfTheRest) {
     fs::permissions(kept, fs::perms::owner_read);
     server->signal(SIGHUP);
     ASSERT_TRUE(server->wait_for_scans(2));
-    auto after = ids();
+    auto after = ids_by_name();
     EXPECT_EQ(4U, after.size());
     EXPECT_EQ(before["一"], after["一"]);
     EXPECT_EQ(1U, after.count("贰"));
     EXPECT_EQ(1U, after.count("四"));
     EXPECT_EQ(1U, after.count("五"));
+}
+
+// The movies that are left of many are moved together by the second scan, and shown there by the third.
+TEST(Server, WhatIsLeftOfALibraryKeepsItsIds) {
+    const FOLDER_T library;
+    std::vector<fs::path> documents;
+    for (int i = 0; i < 400; i++) {
+        const std::string number = std::to_string(i);
+        documents.push_back(write_document(library.path(), "sda/sda1", {"C" + number, number}));
+    }
+    const auto server = SERVER_PROCESS_T::serving(library.path());
+    size_t scans = 1;
+    const auto scan_without = [&](auto is_to_go) {
+        for (size_t i = 0; i < documents.size(); i++)
+            if (is_to_go(i))
+                fs::remove(documents[i]);
+        server->signal(SIGHUP);
+        return server->wait_for_scans(++scans);
+    };
+    ASSERT_TRUE(scan_without([](size_t i) { return i % 8 != 0; }));
+    auto left = ids_by_name();
+    EXPECT_EQ(50U, left.size());
+    for (const size_t last : {0, 8}) {
+        ASSERT_TRUE(scan_without([&](size_t i) { return i == last; }));
+        left.erase(std::to_string(last));
+        EXPECT_EQ(left, ids_by_name());
+    }
 }
 
 TEST(Server, ManyRescansDropNoRequestAndDontGrow) {

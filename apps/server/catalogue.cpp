@@ -21,6 +21,17 @@ void for_each(const NODE *list, VISIT visit) {
             visit(*node->info);
 }
 
+// Movies that are asked for ahead of their turn, when they come in another order than they lie in memory.
+constexpr size_t AHEAD = 12;
+
+// Has the processor fetch what will be read soon.
+void fetch(std::span<const std::byte> bytes) {
+    constexpr size_t CACHE_LINE = 64;
+    constexpr int SECOND_LEVEL = 2;
+    for (size_t at = 0; at < bytes.size(); at += CACHE_LINE)
+        __builtin_prefetch(&bytes[at], 0, SECOND_LEVEL);
+}
+
 // The lists that each movie stands in: found once, filled in each order.
 class RANK_LISTS_T {
 public:
@@ -33,16 +44,20 @@ public:
     }
     void end_movie() { ends_.push_back(of_movies_.size()); }
 
-    void fill(const std::array<POSITIONS_T, ORDERS> &sorted) {
-        for (size_t order = 0; order < ORDERS; order++) {
+    // `order`: where each movie has come, by position.
+    void fill(const std::array<POSITIONS_T, ORDERS> &sorted, const POSITIONS_T &order) {
+        for (size_t by = 0; by < ORDERS; by++) {
             for (SORTED_T *list : lists_) {
-                list->ranks[order].reserve(list->is_filter ? list->movies : 0);
-                list->positions[order].reserve(list->is_often_alone ? list->movies : 0);
+                list->ranks[by].reserve(list->is_filter ? list->movies : 0);
+                list->positions[by].reserve(list->is_often_alone ? list->movies : 0);
             }
-            for (RANK_T rank = 0; rank < sorted[order].size(); rank++) {
-                const POSITION_T position = sorted[order][rank];
-                for (size_t i = position == 0 ? 0 : ends_[position - 1]; i < ends_[position]; i++)
-                    append(lists_[of_movies_[i]], order, rank, position);
+            for (RANK_T rank = 0; rank < sorted[by].size(); rank++) {
+                const POSITION_T position = sorted[by][rank];
+                const POSITION_T came = order[position];
+                if (rank + AHEAD < order.size())
+                    __builtin_prefetch(&of_movies_[ends_[order[sorted[by][rank + AHEAD]]] - 1]);
+                for (size_t i = came == 0 ? 0 : ends_[came - 1]; i < ends_[came]; i++)
+                    append(lists_[of_movies_[i]], by, rank, position);
             }
         }
     }
@@ -57,7 +72,7 @@ private:
 
     std::vector<SORTED_T *> lists_;
     std::vector<uint32_t> of_movies_; // numbers of lists, movie by movie
-    std::vector<size_t> ends_;        // of a movie's numbers, by position
+    std::vector<size_t> ends_;        // of a movie's numbers
 };
 
 // A year has no name of its own.
@@ -74,7 +89,7 @@ void add_value(CATEGORY_T *category, TP_FILTER_TYPE_E type, INT32_T id, const IN
     if (value.means_all)
         return;
     value.sorted.is_filter = true;
-    value.sorted.is_often_alone = type == TP_FILTER_TYPE_KIND;
+    value.sorted.is_often_alone = type == TP_FILTER_TYPE_KIND && category->name != nullptr;
     lists->add(&value.sorted);
 }
 
@@ -281,64 +296,80 @@ UINT32_T score_of(const DBDATA_MOVIE_INFORMATION_T &movie) {
     return static_cast<UINT32_T>(std::lround(value * 10));
 }
 
+// What a movie is sorted by.
+struct CATALOGUE_T::KEYS_T {
+    explicit KEYS_T(const DBDATA_MOVIE_INFORMATION_T &movie)
+        : code(movie.info->movie_code), name(movie.info->movie_name_ch), category(category_id_of(movie)),
+          put_time(-int64_t{movie.put_time}), publish_time(-int64_t{movie.publish_time}),
+          score(-int64_t{score_of(movie)}) {}
+    TEXT_KEY_T code;
+    TEXT_KEY_T name;
+    INT32_T category;
+    int64_t put_time; // the latest first, as below
+    int64_t publish_time;
+    int64_t score;
+};
+
 CATALOGUE_T::CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks)
     : movies_(std::move(movies)), storage_(disks, movies_) {
-    place_movies();
-    sort_movies();
-    file_movies();
+    place_movies(file_movies()); // what filing takes is given up before placing takes more
 }
 
-// The movies of a category lie side by side, in the order in which most pages are asked for: such a page,
-// however deep, reads memory from front to end.
-void CATALOGUE_T::place_movies() {
-    std::vector<const INT8_T *> serials; // as the movies come, by disk
-    const auto *disk = storage_.disks();
-    for (; disk != nullptr; disk = static_cast<const DBDATA_HARDDISK_INFORMATION_LIST_T *>(disk->next))
-        serials.resize(serials.size() + disk->movstat.parseok_movies, disk->info->serialno);
-    by_code_ = positions_by_code();
-    const POSITIONS_T order = sorted_by(by_code_, [&](POSITION_T position) {
-        const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
-        return std::pair(category_id_of(movie), -int64_t{movie.put_time});
-    });
-
-    POSITIONS_T position_of(order.size());
-    std::vector<MOVIE_PTR> movies(order.size());
-    page_parts_.reserve(order.size());
-    by_id_.reserve(order.size());
-    for (POSITION_T position = 0; position < order.size(); position++) {
-        const POSITION_T before = order[position];
-        position_of[before] = position;
-        movies[position] = std::move(movies_[before]);
-        const DBDATA_MOVIE_INFORMATION_T &movie = *movies[position]->record;
-        by_id_.emplace_back(movie.id, position);
-        if (*text_or_empty(movie.posters->big) != '\0')
-            with_poster_.push_back(position);
-        const std::string part = page_part_of(movie, movies[position]->folder, serials[before]);
-        auto *kept = static_cast<char *>(page_memory_.allocate(part.size(), 1));
-        page_parts_.push_back({kept, static_cast<INT32_T>(part.copy(kept, part.size()))});
+// Looks at each movie as it has come: so they lie in memory, and one in another place would be waited for.
+// Returns where each has come, by position.
+POSITIONS_T CATALOGUE_T::file_movies() {
+    std::vector<KEYS_T> keys;
+    keys.reserve(movies_.size());
+    CATEGORY_T &all = categories_[ALL_CATEGORIES]; // there also when nothing is loaded
+    RANK_LISTS_T lists;
+    for (const MOVIE_PTR &movie : movies_) {
+        const KEYS_T &key = keys.emplace_back(*movie->record);
+        CATEGORY_T &own = categories_[key.category];
+        own.name = movie->record->category_list->info->name;
+        file_movie(&own, *movie->record, &lists);
+        own.sorted.is_often_alone = true;
+        lists.add(&own.sorted);
+        file_movie(&all, *movie->record, &lists);
+        lists.end_movie();
     }
-    movies_ = std::move(movies);
-    std::sort(by_id_.begin(), by_id_.end());
-    for (POSITION_T &position : by_code_)
-        position = position_of[position];
+    POSITIONS_T order = sort_movies(keys);
+    lists.fill(sorted_, order);
+    for (auto &[id, category] : categories_)
+        std::transform(category.values.begin(), category.values.end(), category.menus.begin(), menu_of);
+    return order;
 }
 
-// Each order sorts by a key of its own and, among equals, by movie code.
-void CATALOGUE_T::sort_movies() {
+// Each order sorts by a key of its own and, among equals, by movie code. The movies of a category lie side by
+// side, in the order in which most pages are asked for: such a page, however deep, reads memory from front to
+// end.
+POSITIONS_T CATALOGUE_T::sort_movies(const std::vector<KEYS_T> &keys) {
+    const POSITIONS_T by_code = sorted_by_code(keys);
     const auto by = [&](auto key_of) {
-        return sorted_by(by_code_, [&](POSITION_T position) { return key_of(record(position)); });
+        return sorted_by(by_code, [&](POSITION_T came) { return key_of(keys[came]); });
     };
-    sorted_[TP_ORDER_BY_PUT_TIME] = by([](const auto &movie) { return -int64_t{movie.put_time}; });
-    sorted_[TP_ORDER_BY_PUBLISH_TIME] = by([](const auto &movie) { return -int64_t{movie.publish_time}; });
-    sorted_[TP_ORDER_BY_SCORE] = by([](const auto &movie) { return -int64_t{score_of(movie)}; });
-    sorted_[TP_ORDER_BY_NAME] = by([](const auto &movie) { return TEXT_KEY_T(movie.info->movie_name_ch); });
+    POSITIONS_T order = by([](const KEYS_T &key) { return std::pair(key.category, key.put_time); });
+    POSITIONS_T position_of(order.size());
+    for (POSITION_T position = 0; position < order.size(); position++)
+        position_of[order[position]] = position;
+
+    const auto place = [&](POSITIONS_T sorted) {
+        for (POSITION_T &came : sorted)
+            came = position_of[came];
+        return sorted;
+    };
+    by_code_ = place(by_code);
+    sorted_[TP_ORDER_BY_PUT_TIME] = place(by([](const KEYS_T &key) { return key.put_time; }));
+    sorted_[TP_ORDER_BY_PUBLISH_TIME] = place(by([](const KEYS_T &key) { return key.publish_time; }));
+    sorted_[TP_ORDER_BY_SCORE] = place(by([](const KEYS_T &key) { return key.score; }));
+    sorted_[TP_ORDER_BY_NAME] = place(by([](const KEYS_T &key) { return key.name; }));
+    return order;
 }
 
-POSITIONS_T CATALOGUE_T::positions_by_code() const {
+POSITIONS_T CATALOGUE_T::sorted_by_code(const std::vector<KEYS_T> &keys) const {
     std::vector<std::pair<TEXT_KEY_T, POSITION_T>> codes;
-    codes.reserve(movies_.size());
-    for (POSITION_T position = 0; position < movies_.size(); position++)
-        codes.emplace_back(TEXT_KEY_T(record(position).info->movie_code), position);
+    codes.reserve(keys.size());
+    for (POSITION_T came = 0; came < keys.size(); came++)
+        codes.emplace_back(keys[came].code, came);
     std::sort(codes.begin(), codes.end(), [&](const auto &left, const auto &right) {
         if (const int order = left.first.compare(right.first); order != 0)
             return order < 0;
@@ -347,22 +378,34 @@ POSITIONS_T CATALOGUE_T::positions_by_code() const {
     return positions_of(codes);
 }
 
-void CATALOGUE_T::file_movies() {
-    CATEGORY_T &all = categories_[ALL_CATEGORIES]; // there also when nothing is loaded
-    RANK_LISTS_T lists;
-    for (POSITION_T position = 0; position < movies_.size(); position++) {
-        const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
-        CATEGORY_T &own = categories_[category_id_of(movie)];
-        own.name = movie.category_list->info->name;
-        file_movie(&own, movie, &lists);
-        own.sorted.is_often_alone = true;
-        lists.add(&own.sorted);
-        file_movie(&all, movie, &lists);
-        lists.end_movie();
+void CATALOGUE_T::place_movies(const POSITIONS_T &order) {
+    std::vector<const INT8_T *> serials; // as the movies have come, by disk
+    const auto *disk = storage_.disks();
+    for (; disk != nullptr; disk = static_cast<const DBDATA_HARDDISK_INFORMATION_LIST_T *>(disk->next))
+        serials.resize(serials.size() + disk->movstat.parseok_movies, disk->info->serialno);
+
+    for (POSITION_T position = 0; position < order.size(); position++) {
+        POSITION_T now_at = order[position];
+        while (now_at < position) // has made room for another
+            now_at = order[now_at];
+        std::swap(movies_[position], movies_[now_at]);
     }
-    lists.fill(sorted_);
-    for (auto &[id, category] : categories_)
-        std::transform(category.values.begin(), category.values.end(), category.menus.begin(), menu_of);
+    page_parts_.reserve(order.size());
+    by_id_.reserve(order.size());
+    for (POSITION_T position = 0; position < order.size(); position++) {
+        if (position + 2 * AHEAD < order.size())
+            __builtin_prefetch(movies_[position + 2 * AHEAD].get());
+        if (position + AHEAD < order.size())
+            fetch(movies_[position + AHEAD]->bytes());
+        const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
+        by_id_.emplace_back(movie.id, position);
+        if (*text_or_empty(movie.posters->big) != '\0')
+            with_poster_.push_back(position);
+        const std::string part = page_part_of(movie, movies_[position]->folder, serials[order[position]]);
+        auto *kept = static_cast<char *>(page_memory_.allocate(part.size(), 1));
+        page_parts_.push_back({kept, static_cast<INT32_T>(part.copy(kept, part.size()))});
+    }
+    std::sort(by_id_.begin(), by_id_.end());
 }
 
 const CATEGORY_T *CATALOGUE_T::category(INT32_T cid) const {

@@ -89,10 +89,11 @@ public:
     PAGE_T page(const TP_TAVISYS_MSGTYPE_REQUEST_BASIC_MOVIE_INFO_ARGS_T &request) const;
 
 private:
-    void place_movies();
-    void sort_movies();
-    POSITIONS_T positions_by_code() const;
-    void file_movies();
+    struct KEYS_T;
+    POSITIONS_T file_movies();
+    POSITIONS_T sort_movies(const std::vector<KEYS_T> &keys);
+    POSITIONS_T sorted_by_code(const std::vector<KEYS_T> &keys) const;
+    void place_movies(const POSITIONS_T &order);
     const DBDATA_MOVIE_INFORMATION_T &record(POSITION_T position) const { return *movies_[position]->record; }
 
     std::vector<MOVIE_PTR> movies_; // given up after the storage, whose nodes refer to their records

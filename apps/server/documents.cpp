@@ -9,11 +9,13 @@
 #include <fcntl.h>
 #include <iterator>
 #include <linux/magic.h>
+#include <linux/openat2.h>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/statfs.h>
+#include <sys/syscall.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -29,11 +31,25 @@ constexpr off_t LARGEST_DOCUMENT = 4 * 1024 * 1024;
 
 constexpr size_t DEEPEST = 64; // levels of folders: each holds a descriptor while it is looked at
 
+// Opens what lies below the folder. No part of the path may be a symbolic link, also one that has come there
+// since the walk: the server reads nothing but its library.
+int open_below(int folder, const char *path, int flags) {
+    open_how how{};
+    how.flags = static_cast<uint64_t>(flags);
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
+    const auto file = static_cast<int>(syscall(SYS_openat2, folder, path, &how, sizeof how));
+    if (file >= 0 || (errno != ENOSYS && errno != EPERM))
+        return file;
+    return openat(folder, path, flags | O_NOFOLLOW); // before Linux 5.6, and where a container forbids it
+}
+
 // An open folder, closed with its object.
 class FOLDER_T {
 public:
-    FOLDER_T(int parent, const char *name)
-        : file_(openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)) {}
+    explicit FOLDER_T(const char *path)
+        : file_(open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)) {}
+    FOLDER_T(const FOLDER_T &parent, const char *path)
+        : file_(open_below(parent.file(), path, O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
     FOLDER_T(const FOLDER_T &) = delete;
     FOLDER_T &operator=(const FOLDER_T &) = delete;
     ~FOLDER_T() {
@@ -56,6 +72,10 @@ constexpr int64_t SECOND = 1000000000; // ns
 
 int64_t nanoseconds(const timespec &time) {
     return time.tv_sec * SECOND + time.tv_nsec;
+}
+
+SIGNATURE_T signature_of(const struct stat &status) {
+    return {status.st_ino, status.st_size, nanoseconds(status.st_mtim)};
 }
 
 FOLDER_SIGNATURE_T signature_of_folder(const struct stat &status) {
@@ -95,6 +115,14 @@ bool is_walked_before(std::string_view left, std::string_view right) {
     return rank(*l) < rank(*r);
 }
 
+// What a walk finds in a partition.
+struct FOUND_T {
+    std::vector<DOCUMENT_T> documents;
+    std::vector<PASSED_OVER_T> passed_over;
+    std::unique_ptr<std::pmr::monotonic_buffer_resource> names =
+        std::make_unique<std::pmr::monotonic_buffer_resource>();
+};
+
 // Walks one partition at a time.
 class WALK_T {
 public:
@@ -103,30 +131,31 @@ public:
 
     // The names of the folders in a folder, which is named below the library folder.
     std::vector<std::string> folders_in(const char *path) {
-        const FOLDER_T folder(root_.file(), path);
+        const FOLDER_T folder(root_, path);
         CONTENT_T content;
         read(folder, path, &content);
         return std::move(content.folders);
     }
 
-    std::vector<DOCUMENT_T> documents_in(const std::string &partition) {
-        disk_length_ = partition.find('/');
-        partition_length_ = partition.size() - disk_length_ - 1;
+    FOUND_T documents_in(const std::string &partition) {
+        found_ = {};
+        disk_length_ = static_cast<uint32_t>(partition.find('/'));
+        partition_length_ = static_cast<uint32_t>(partition.size()) - disk_length_ - 1;
         path_ = partition;
         const auto is_earlier = [](const DOCUMENT_T &document, const std::string &path) {
             return is_walked_before(document.folder, path);
         };
         next_ = static_cast<size_t>(std::lower_bound(before_.begin(), before_.end(), path_, is_earlier) -
                                     before_.begin());
-        const FOLDER_T folder(root_.file(), path_.c_str());
+        const FOLDER_T folder(root_, path_.c_str());
         struct stat status {};
         links_count_ = fstat(folder.file(), &status) == 0 && links_count_folders(folder.file());
         device_ = status.st_dev;
         look_into(folder, 1);
-        return std::move(documents_);
+        return std::move(found_);
     }
 
-    std::vector<PASSED_OVER_T> passed_over() { return std::move(passed_over_); }
+    std::vector<PASSED_OVER_T> passed_over() { return std::move(found_.passed_over); }
 
 private:
     void look_into(const FOLDER_T &folder, size_t level) {
@@ -138,10 +167,14 @@ private:
         if (content.has_document) {
             const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
             const bool may_be_relied_on = is_there && content.folders.empty() && has_settled(signature);
-            add(may_be_relied_on ? signature : FOLDER_SIGNATURE_T{}, place_before());
+            const size_t before = place_before();
+            SIGNATURE_T seen;
+            if (before != UNKNOWN)
+                look_at(folder.file(), DOCUMENT_NAME, &seen);
+            add(may_be_relied_on ? signature : FOLDER_SIGNATURE_T{}, before, seen);
         }
         if (level == DEEPEST && !content.folders.empty()) {
-            passed_over_.push_back({path_, "目录层次过深, 其下的目录不再查找"});
+            found_.passed_over.push_back({path_, "目录层次过深, 其下的目录不再查找"});
             return;
         }
         const size_t length = path_.size();
@@ -150,13 +183,26 @@ private:
                 return;
             path_.append("/").append(name);
             if (!add_leaf(folder, name))
-                look_into(FOLDER_T(folder.file(), name.c_str()), level + 1);
+                look_into(FOLDER_T(folder, name.c_str()), level + 1);
             path_.resize(length);
         }
     }
 
-    void add(const FOLDER_SIGNATURE_T &leaf, size_t before) {
-        documents_.push_back({path_, disk_length_, partition_length_, leaf, before});
+    void add(const FOLDER_SIGNATURE_T &leaf, size_t before, const SIGNATURE_T &seen) {
+        auto *name = static_cast<char *>(found_.names->allocate(path_.size(), 1));
+        path_.copy(name, path_.size());
+        found_.documents.push_back(
+            {{name, path_.size()}, disk_length_, partition_length_, leaf, before, seen});
+    }
+
+    // False when there is nothing of that name. What isn't a file has no signature.
+    static bool look_at(int folder, const char *name, SIGNATURE_T *seen) {
+        struct stat status {};
+        if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) < 0)
+            return errno != ENOENT;
+        if (S_ISREG(status.st_mode))
+            *seen = signature_of(status);
+        return true;
     }
 
     // Adds the document of a folder without folders, when it can be told that there are none without reading
@@ -167,18 +213,15 @@ private:
             return false;
         const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
         const size_t before = place_before();
-        if (before != UNKNOWN && before_[before].leaf == signature) { // as the last walk has seen it
-            add(signature, before);
-            return true;
-        }
-        if (!links_count_ || !S_ISDIR(status.st_mode) || status.st_nlink != 2 || status.st_dev != device_)
+        const bool is_as_before = before != UNKNOWN && before_[before].leaf == signature;
+        const bool has_no_folders =
+            links_count_ && S_ISDIR(status.st_mode) && status.st_nlink == 2 && status.st_dev == device_;
+        if (!is_as_before && !has_no_folders)
             return false;
         name_.assign(name).append("/").append(DOCUMENT_NAME);
-        struct stat document {};
-        if (fstatat(parent.file(), name_.c_str(), &document, AT_SYMLINK_NOFOLLOW) == 0)
-            add(has_settled(signature) ? signature : FOLDER_SIGNATURE_T{}, before);
-        else if (errno != ENOENT)
-            return false;
+        SIGNATURE_T seen;
+        if (look_at(parent.file(), name_.c_str(), &seen))
+            add(is_as_before || has_settled(signature) ? signature : FOLDER_SIGNATURE_T{}, before, seen);
         return true;
     }
 
@@ -199,7 +242,7 @@ private:
             }
         }
         if (size < 0)
-            passed_over_.push_back({path, system_error_text(errno, WANTED_T::READ_FOLDER)});
+            found_.passed_over.push_back({path, system_error_text(errno, WANTED_T::READ_FOLDER)});
         std::sort(content->folders.begin(), content->folders.end());
         return size == 0;
     }
@@ -225,20 +268,15 @@ private:
     const std::atomic<bool> &stop_;
     const std::span<const DOCUMENT_T> before_;
     size_t next_ = 0; // in it
-    std::vector<DOCUMENT_T> documents_;
-    std::vector<PASSED_OVER_T> passed_over_;
+    FOUND_T found_;   // in the partition
     std::string path_;
     std::string name_;         // of a document, from its folder's parent on
     bool links_count_ = false; // on this device
     dev_t device_ = 0;
-    size_t disk_length_ = 0;
-    size_t partition_length_ = 0;
+    uint32_t disk_length_ = 0;
+    uint32_t partition_length_ = 0;
     alignas(dirent64) std::array<char, size_t{64} * 1024> buffer_{};
 };
-
-SIGNATURE_T signature_of(const struct stat &status) {
-    return {status.st_ino, status.st_size, nanoseconds(status.st_mtim)};
-}
 
 // Calls work() in so many threads, this one among them, and waits until all have returned.
 template <class WORK>
@@ -256,7 +294,7 @@ void share(size_t threads, WORK work) {
 
 LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop,
                          std::span<const DOCUMENT_T> before) {
-    const FOLDER_T root(AT_FDCWD, path.c_str());
+    const FOLDER_T root(path.c_str());
     LIBRARY_T library;
     std::vector<std::string> partitions;
     const auto top = std::make_unique<WALK_T>(root, stop, before); // its buffer is large for a stack
@@ -270,32 +308,34 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
     }
 
     library.passed_over = top->passed_over();
-    std::vector<std::vector<DOCUMENT_T>> found(partitions.size());
-    std::vector<std::vector<PASSED_OVER_T>> passed_over(partitions.size());
+    std::vector<FOUND_T> found(partitions.size());
     std::atomic<size_t> next = 0;
     std::atomic<bool> short_of_memory = false; // no exception may leave a thread
     share(std::min(threads, partitions.size()), [&] {
         try {
             const auto walk = std::make_unique<WALK_T>(root, stop, before);
-            for (size_t i = next++; i < partitions.size(); i = next++) {
+            for (size_t i = next++; i < partitions.size(); i = next++)
                 found[i] = walk->documents_in(partitions[i]);
-                passed_over[i] = walk->passed_over();
-            }
         } catch (const std::bad_alloc &) {
             short_of_memory = true;
         }
     });
     if (short_of_memory)
         throw std::bad_alloc();
-    auto documents = found.begin();
+    size_t documents = 0;
+    for (const FOUND_T &in_partition : found)
+        documents += in_partition.documents.size();
+    library.documents.reserve(documents);
+    auto in_partition = found.begin();
     for (DISK_T &disk : library.disks)
         for (PARTITION_T &partition : disk.partitions) {
-            partition.stat.total_movies = static_cast<UINT32_T>(documents->size());
-            std::move(documents->begin(), documents->end(), std::back_inserter(library.documents));
-            ++documents;
+            FOUND_T part = std::move(*in_partition++); // freed before the next is taken
+            partition.stat.total_movies = static_cast<UINT32_T>(part.documents.size());
+            std::move(part.documents.begin(), part.documents.end(), std::back_inserter(library.documents));
+            std::move(part.passed_over.begin(), part.passed_over.end(),
+                      std::back_inserter(library.passed_over));
+            library.names.push_back(std::move(part.names));
         }
-    for (std::vector<PASSED_OVER_T> &folders : passed_over)
-        std::move(folders.begin(), folders.end(), std::back_inserter(library.passed_over));
     return library;
 }
 
@@ -312,29 +352,22 @@ bool DOCUMENT_READER_T::enter(const DOCUMENT_T &document) {
         if (folder_ >= 0)
             ::close(folder_);
         partition_.assign(document.folder, 0, length);
-        path_.assign(root_).append("/").append(partition_);
-        folder_ = ::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+        folder_ =
+            open_below(FOLDER_T(root_.c_str()).file(), partition_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
     }
-    path_ = document.folder.size() > length ? document.folder.substr(length + 1) + "/" : "";
+    path_.clear();
+    if (document.folder.size() > length)
+        path_.append(document.folder.substr(length + 1)).append("/");
     path_.append(DOCUMENT_NAME);
     return folder_ >= 0;
-}
-
-bool DOCUMENT_READER_T::look(const DOCUMENT_T &document, SIGNATURE_T *signature) {
-    struct stat status {};
-    if (!enter(document) || fstatat(folder_, path_.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0 ||
-        !S_ISREG(status.st_mode))
-        return false;
-    *signature = signature_of(status);
-    return true;
 }
 
 const char *DOCUMENT_READER_T::open(const DOCUMENT_T &document, SIGNATURE_T *signature) {
     close();
     if (!enter(document))
         return system_error_text(errno, WANTED_T::READ_FILE);
-    // Neither a link nor a pipe that nobody writes to may lead or hold the scan.
-    file_ = openat(folder_, path_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    // A pipe that nobody writes to may not hold the scan.
+    file_ = open_below(folder_, path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (file_ < 0)
         return errno == ELOOP ? "是符号链接" : system_error_text(errno, WANTED_T::READ_FILE);
     struct stat status {};

@@ -5,8 +5,11 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <memory_resource>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "catalogue.h"
@@ -35,15 +38,16 @@ constexpr size_t UNKNOWN = SIZE_MAX;
 
 // A document of the library: DIR/<disk>/<partition>/<folder...>/metadata.xml.
 struct DOCUMENT_T {
-    std::string folder;      // below the library folder: "sda/sda1/TV1993-0001"
-    size_t disk_length;      // of "sda" in it
-    size_t partition_length; // of "sda1" behind the first slash
+    std::string_view folder;   // below the library folder: "sda/sda1/TV1993-0001"; among the library's names
+    uint32_t disk_length;      // of "sda" in it
+    uint32_t partition_length; // of "sda1" behind the first slash
     // Of a folder without folders that had last changed well before it was read. Else of no folder.
     FOLDER_SIGNATURE_T leaf;
     size_t before = UNKNOWN; // its place among the documents of the last walk
+    SIGNATURE_T seen;        // as this walk has seen it; of none where nothing is known of it from before
 
-    std::string disk() const { return folder.substr(0, disk_length); }
-    std::string partition() const { return folder.substr(disk_length + 1, partition_length); }
+    std::string disk() const { return std::string(folder.substr(0, disk_length)); }
+    std::string partition() const { return std::string(folder.substr(disk_length + 1, partition_length)); }
 };
 
 // A folder of the library that was passed over.
@@ -56,6 +60,8 @@ struct LIBRARY_T {
     std::vector<DISK_T> disks;         // by name, partitions as well; totals are filled
     std::vector<DOCUMENT_T> documents; // by disk, partition and path
     std::vector<PASSED_OVER_T> passed_over;
+    std::vector<std::unique_ptr<std::pmr::monotonic_buffer_resource>>
+        names; // those of the documents' folders
 };
 
 // Walks the library's partitions with so many threads; the documents come in the order of their paths
@@ -70,8 +76,6 @@ class DOCUMENT_READER_T {
 public:
     explicit DOCUMENT_READER_T(const std::string &root) : root_(root) {}
 
-    // Tells the signature of a document without opening it. False when it can't be told: open() says why.
-    bool look(const DOCUMENT_T &document, SIGNATURE_T *signature);
     // Opens the document and tells its signature. Returns NULL, or a static text: why it can't be loaded.
     const char *open(const DOCUMENT_T &document, SIGNATURE_T *signature);
     // Reads the open document. Returns as open() does.

@@ -11,6 +11,29 @@
 
 namespace server {
 
+constexpr size_t LARGE_PAGE = size_t{2} * 1024 * 1024;
+
+// What is smaller than a large page comes from the heap. Throws std::bad_alloc. To be freed by
+// free_large_pages() with the same size.
+inline void *allocate_large_pages(size_t size) {
+    if (size < LARGE_PAGE)
+        return operator new(size);
+    const size_t whole = (size + LARGE_PAGE - 1) / LARGE_PAGE * LARGE_PAGE;
+    void *memory = aligned_alloc(LARGE_PAGE, whole);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    madvise(memory, whole, MADV_HUGEPAGE); // without them it is slower, no more
+    return memory;
+}
+
+inline void free_large_pages(void *memory, size_t size) {
+    if (size < LARGE_PAGE)
+        operator delete(memory);
+    else
+        free(memory);
+}
+
+// For containers whose elements need no more alignment than any record.
 class LARGE_PAGES_T : public std::pmr::memory_resource {
 public:
     // Shared by all that use it, from any thread.
@@ -20,24 +43,8 @@ public:
     }
 
 private:
-    static constexpr size_t LARGE_PAGE = size_t{2} << 20;
-
-    void *do_allocate(size_t size, size_t alignment) override {
-        if (size < LARGE_PAGE)
-            return std::pmr::new_delete_resource()->allocate(size, alignment);
-        const size_t whole = (size + LARGE_PAGE - 1) / LARGE_PAGE * LARGE_PAGE;
-        void *memory = aligned_alloc(LARGE_PAGE, whole);
-        if (memory == nullptr)
-            throw std::bad_alloc();
-        madvise(memory, whole, MADV_HUGEPAGE); // without them it is slower, no more
-        return memory;
-    }
-    void do_deallocate(void *memory, size_t size, size_t alignment) override {
-        if (size < LARGE_PAGE)
-            std::pmr::new_delete_resource()->deallocate(memory, size, alignment);
-        else
-            free(memory);
-    }
+    void *do_allocate(size_t size, size_t) override { return allocate_large_pages(size); }
+    void do_deallocate(void *memory, size_t size, size_t) override { free_large_pages(memory, size); }
     bool do_is_equal(const std::pmr::memory_resource &other) const noexcept override {
         return this == &other;
     }

@@ -72,7 +72,7 @@ void keep_little_freed_memory(unsigned processors) {
     constexpr int LARGE = 1024 * 1024;
     mallopt(M_MMAP_THRESHOLD, LARGE);
     mallopt(M_TRIM_THRESHOLD, LARGE);
-    mallopt(M_ARENA_MAX, static_cast<int>(processors));
+    mallopt(M_ARENA_MAX, static_cast<int>(processors) + 1); // and the scan's
 }
 
 std::string why_not_listening(int error) {

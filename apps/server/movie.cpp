@@ -223,15 +223,24 @@ DBDATA_MOVIE_INFORMATION_T *place_movie(LAYOUT_T *layout, const DBDATA_MOVIE_INF
 
 } // namespace
 
-MOVIE_T::MOVIE_T(const DBDATA_MOVIE_INFORMATION_T &from, std::string_view of_folder) {
-    LAYOUT_T measured;
-    place_movie(&measured, from);
-    const size_t records = measured.record_bytes();
-    block_.reset(new std::byte[records + measured.text_bytes() + of_folder.size() + 1]);
-
-    LAYOUT_T layout(block_.get(), block_.get() + records);
+MOVIE_T::MOVIE_T(const DBDATA_MOVIE_INFORMATION_T &from, std::string_view of_folder, SLAB_T *slab,
+                 std::span<std::byte> bytes, size_t record_bytes)
+    : slab_(slab), bytes_(bytes) {
+    LAYOUT_T layout(bytes_.data(), bytes_.data() + record_bytes);
     record = place_movie(&layout, from);
     folder = {layout.text(of_folder), of_folder.size()};
+    slab_->enter(bytes_.size());
+}
+
+MOVIE_PTR make_movie(const DBDATA_MOVIE_INFORMATION_T &from, std::string_view folder) {
+    constexpr size_t FRONT = TAKEN_MEMORY_T<MOVIE_T>::ROOM;
+    LAYOUT_T measured;
+    place_movie(&measured, from);
+    const size_t size = measured.record_bytes() + measured.text_bytes() + folder.size() + 1;
+    const SLAB_SHARE_T share = take_movie_memory(FRONT + size);
+    const TAKEN_MEMORY_T<MOVIE_T> memory(share.slab, share.bytes.data());
+    return std::allocate_shared<const MOVIE_T>(memory, from, folder, share.slab.get(),
+                                               share.bytes.subspan(FRONT), measured.record_bytes());
 }
 
 } // namespace server

@@ -1,8 +1,10 @@
 #include "scanner.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <new>
+#include <span>
 #include <string_view>
 #include <system_error>
 #include <unordered_set>
@@ -24,7 +26,7 @@ using CLOCK_T = std::chrono::steady_clock;
 constexpr const char *SHORT_OF_MEMORY = "内存不足";
 constexpr size_t BATCH = 64; // documents that a parser takes at once
 constexpr auto LOOK_EVERY = std::chrono::milliseconds(50);
-constexpr auto PUBLISH_EVERY = std::chrono::milliseconds(250);
+constexpr auto PUBLISH_EVERY = std::chrono::seconds(1);
 constexpr int PUBLISH_SHARE = 20; // of the time, at most a twentieth goes into unfinished snapshots
 
 // Where the movie lies, as the catalogue records it. False when memory is short.
@@ -47,14 +49,18 @@ using OWNED_MOVIE_T = std::unique_ptr<DBDATA_MOVIE_INFORMATION_T, RELEASE_MOVIE_
 // One scan: the documents, what has become of them, and what has been collected so far.
 class SCANNER_T::SCAN_T {
 public:
-    SCAN_T(SCANNER_T *scanner, LIBRARY_T library)
-        : scanner_(scanner), library_(std::move(library)), outcomes_(library_.documents.size()) {
+    SCAN_T(SCANNER_T *scanner, LIBRARY_T library) : scanner_(scanner), library_(std::move(library)) {
         for (DISK_T &disk : library_.disks)
             for (PARTITION_T &partition : disk.partitions)
                 partition_of_.resize(partition_of_.size() + partition.stat.total_movies, &partition);
     }
 
     void run(bool publish_early) {
+        if (is_as_before()) {
+            stand_as_before();
+            return;
+        }
+        outcomes_.resize(library_.documents.size());
         const std::vector<std::jthread> parsers = start_parsers(); // joined whatever happens below
         if (parsers.empty())
             parse();
@@ -66,9 +72,8 @@ public:
                 publish_if_due();
         }
     }
-    void publish() {
-        scanner_->store_->publish(std::make_shared<const CATALOGUE_T>(movies_, library_.disks));
-    }
+    // The movies are needed here no more.
+    void publish_all() { publish(std::move(movies_)); }
     // Whether the library is what it was at the last scan.
     bool found_nothing_new() const {
         return known_ == loaded_ && known_ == scanner_->movies_ && library_.disks == scanner_->library_.disks;
@@ -81,6 +86,37 @@ public:
     }
 
 private:
+    // Whether there are the same documents on the same disks: as in nearly every scan but the first.
+    bool is_as_before() const {
+        const LIBRARY_T &before = scanner_->library_;
+        if (library_.documents.empty() || library_.documents.size() != before.documents.size())
+            return false;
+        for (size_t i = 0; i < library_.documents.size(); i++)
+            if (library_.documents[i].before != i || !has_outcome(library_.documents[i]))
+                return false;
+        std::vector<DISK_T> disks = before.disks;
+        for (DISK_T &disk : disks)
+            for (PARTITION_T &partition : disk.partitions)
+                partition.stat = {partition.stat.total_movies, 0, 0}; // nothing has been parsed here yet
+        return disks == library_.disks;
+    }
+    // What has been left out has been told by the scan that found it.
+    void stand_as_before() {
+        library_.disks = scanner_->library_.disks;
+        outcomes_ = std::move(scanner_->outcomes_);
+        known_ = loaded_ = scanner_->movies_;
+        for (const DISK_T &disk : library_.disks)
+            for (const PARTITION_T &partition : disk.partitions)
+                scanner_->store_->count(partition.stat.parseok_movies, partition.stat.parseerr_movies);
+    }
+    // Whether the document is the one of the last scan, which knows what has become of it.
+    bool has_outcome(const DOCUMENT_T &document) const {
+        if (document.before == UNKNOWN || document.seen == SIGNATURE_T{})
+            return false;
+        const OUTCOME_T &before = scanner_->outcomes_[document.before];
+        return before.finished() && before.document == document.seen;
+    }
+
     std::vector<std::jthread> start_parsers() {
         const size_t batches = (library_.documents.size() + BATCH - 1) / BATCH;
         const size_t wanted = std::min<size_t>(scanner_->parsers_, batches);
@@ -101,19 +137,28 @@ private:
         for (;;) {
             const size_t begin = next_.fetch_add(BATCH);
             const size_t end = std::min(begin + BATCH, library_.documents.size());
+            std::array<OUTCOME_T, BATCH> outcomes;
+            size_t loaded = 0;
             for (size_t i = begin; i < end; i++) {
                 if (scanner_->stop_)
                     return;
-                OUTCOME_T outcome = load(&reader, library_.documents[i]);
-                scanner_->store_->count(outcome.movie != nullptr);
-                const std::lock_guard lock(mutex_);
-                outcomes_[i] = std::move(outcome);
-                if (++finished_ == library_.documents.size())
-                    changed_.notify_one();
+                OUTCOME_T &outcome = outcomes[i - begin];
+                outcome = load(&reader, library_.documents[i]);
+                loaded += outcome.movie != nullptr ? 1 : 0;
             }
-            if (begin >= library_.documents.size())
+            if (begin >= end)
                 return;
+            scanner_->store_->count(loaded, end - begin - loaded);
+            finish(begin, std::span(outcomes).first(end - begin));
         }
+    }
+
+    void finish(size_t begin, std::span<OUTCOME_T> outcomes) {
+        const std::lock_guard lock(mutex_);
+        std::move(outcomes.begin(), outcomes.end(), outcomes_.begin() + static_cast<ptrdiff_t>(begin));
+        finished_ += outcomes.size();
+        if (finished_ == library_.documents.size())
+            changed_.notify_one();
     }
 
     void wait_for_outcomes() {
@@ -150,18 +195,29 @@ private:
             return;
         }
         partition->stat.parseerr_movies++;
-        scanner_->leave_out("影片", document.folder + "/metadata.xml", reason);
+        scanner_->leave_out("影片", std::string(document.folder).append("/metadata.xml"), reason);
+    }
+
+    // What has become of a document that hasn't changed. A movie that keeps much memory from being given up
+    // is moved; what is served shows it in its new place as soon as it shows anything new.
+    OUTCOME_T known(const OUTCOME_T &before) {
+        if (before.movie == nullptr)
+            return before;
+        known_++;
+        if (!before.movie->lies_among_gaps())
+            return before;
+        try {
+            const std::lock_guard lock(references_mutex);
+            return {make_movie(*before.movie->record, before.movie->folder), nullptr, before.document};
+        } catch (const std::bad_alloc &) { // it stays where it is
+            return before;
+        }
     }
 
     OUTCOME_T load(DOCUMENT_READER_T *reader, const DOCUMENT_T &document) try {
+        if (has_outcome(document))
+            return known(scanner_->outcomes_[document.before]);
         SIGNATURE_T signature;
-        if (document.before != UNKNOWN && reader->look(document, &signature)) {
-            const OUTCOME_T &before = scanner_->outcomes_[document.before];
-            if (before.finished() && before.document == signature) {
-                known_ += before.movie != nullptr ? 1 : 0;
-                return before;
-            }
-        }
         if (const char *reason = reader->open(document, &signature); reason != nullptr)
             return {nullptr, reason, {}};
         if (const char *reason = reader->read(); reason != nullptr)
@@ -178,19 +234,23 @@ private:
         const OWNED_MOVIE_T owned(record);
         if (!set_position(record, document))
             return {nullptr, SHORT_OF_MEMORY, {}};
-        return {std::make_shared<const MOVIE_T>(*record, document.folder), nullptr, signature};
+        return {make_movie(*record, document.folder), nullptr, signature};
     } catch (const std::bad_alloc &) {
         return {nullptr, SHORT_OF_MEMORY, {}};
     }
 
+    void publish(std::vector<MOVIE_PTR> movies) {
+        scanner_->store_->publish(std::make_shared<const CATALOGUE_T>(std::move(movies), library_.disks));
+    }
+
     // A snapshot stays until the next one is made. Two of nearly all movies would take the most memory that
-    // loading takes, so the second half comes with the whole.
+    // loading takes, so what follows the first third comes with the whole.
     void publish_if_due() {
         const auto now = CLOCK_T::now();
         const auto pause = std::max<CLOCK_T::duration>(PUBLISH_EVERY, last_cost_ * PUBLISH_SHARE);
-        if (now - published_at_ < pause || collected_ > library_.documents.size() / 2)
+        if (now - published_at_ < pause || collected_ > library_.documents.size() / 3)
             return;
-        publish();
+        publish(movies_);
         published_at_ = CLOCK_T::now();
         last_cost_ = published_at_ - now;
     }
@@ -303,7 +363,7 @@ void SCANNER_T::scan() {
         return;
     store_->enter(SYSRUN_STATUS_READY);
     if (scans_ == 0 || !scan.found_nothing_new())
-        scan.publish();
+        scan.publish_all();
     scan.hand_over();
     store_->enter(SYSRUN_STATUS_RUNNING);
     scans_++;

@@ -35,10 +35,11 @@ public:
         const std::lock_guard lock(mutex_);
         status_.status = phase;
     }
-    void count(bool parsed) {
+    void count(size_t parsed, size_t failed) {
         const std::lock_guard lock(mutex_);
-        (parsed ? status_.parseok_movies : status_.parseerr_movies)++;
-        status_.left_movies--;
+        status_.parseok_movies += static_cast<INT32_T>(parsed);
+        status_.parseerr_movies += static_cast<INT32_T>(failed);
+        status_.left_movies -= static_cast<INT32_T>(parsed + failed);
     }
     // A movie that parsed but was left out after all.
     void recount_as_failed() {
