@@ -212,8 +212,9 @@ TEST(ClientCommand, BadUsageIsToldInChineseBeforeAnythingIsAsked) {
     for (const char *host : {"127.1", "::1", "''", "a/b"})
         expect_run(std::string("disks --server ") + host, 2,
                    "--server: 应为IPv4地址(如192.168.1.10)或主机名");
-    expect_run("movies --server 127.0.0.1", 2,
-               "这个命令只能查询本机的影柜,能查询其他影柜的命令有 disks、count、fetch 和 raw\n");
+    for (const char *elsewhere : {"movies --server 127.0.0.1", "info --server"})
+        expect_run(elsewhere, 2,
+                   "这个命令只能查询本机的影柜,能查询其他影柜的命令有 disks、count、fetch 和 raw\n");
     for (const char *names : {"'' sda1", "sda sda4567890123456"})
         expect_run(std::string("count ") + names, 2, "应为1到15个字节的设备名");
     for (const char *names : {"sda ..", ". sda1", "/sda sda1", "sda a/b"})

@@ -223,6 +223,8 @@ std::string explain(const CLI::ParseError &error) {
                                          : message; // an option that help doesn't list has no name
     if (error.get_name() == "RequiredError")
         return fill(messages::MISSING_ARGUMENT, {subject});
+    if (subject.empty()) // --server without a value, where refuse_other_servers() has it
+        return messages::ONLY_THIS_MACHINE;
     if (error.get_name() == "ArgumentMismatch")
         return fill(messages::BAD_OPTION_VALUE, {subject.starts_with("-") ? subject : "--" + subject});
     return messages::BAD_COMMAND_LINE;
