@@ -129,7 +129,7 @@ class Operation(unittest.TestCase):
         self.assertEqual(1, done.returncode, done.stderr)
         for line in (r"配置文件: /dev/null", r"  分区 sda2: UUID \S+, 挂载点\S+/sda/sda2, 文档9个, 影片8部, 未收入1个",
                      r"分类 电影: 影片16部", r"未收入 \S+/sda2/TV1994-0017/metadata.xml: 影片属于禁止的类型",
-                     r"文档30个: 可提供影片28部, 未收入2个; 无法读取的目录0个"):
+                     r"文档30个: 可提供影片28部, 未收入2个; 有问题的目录0个"):
             self.assertRegex(done.stdout, rf"(?m)^{line}$")
         library = self.folder / "library"
         steps = (

@@ -282,7 +282,8 @@ TEST(Server, LeavesOutWhatItCannotReadAndSaysWhy) {
     const std::string log = server->log();
     for (const char *line : {"large/metadata.xml: 超过4 MiB", "folder/metadata.xml: 不是普通文件",
                              "link/metadata.xml: 是符号链接", "pipe/metadata.xml: 不是普通文件",
-                             "again/metadata.xml: 同一分区上已有相同影片编码的影片", "empty/metadata.xml: "})
+                             "again/metadata.xml: 同一分区上已有相同影片编码的影片",
+                             "empty/metadata.xml: 是空文件", "/sda: 其中的metadata.xml不属于任何分区"})
         EXPECT_NE(std::string::npos, log.find(line)) << line << "\n" << log;
 }
 

@@ -132,7 +132,7 @@ int check(const OPTIONS_T &options) try {
     const auto status = store.status();
     if (trouble != nullptr)
         printf("指标文件将无法写入: %s\n", trouble);
-    printf("文档%d个: 可提供影片%d部, 未收入%d个; 无法读取的目录%zu个\n", status.total_movies,
+    printf("文档%d个: 可提供影片%d部, 未收入%d个; 有问题的目录%zu个\n", status.total_movies,
            status.parseok_movies, status.parseerr_movies, result.end.folders_left_out);
     if (!result.end.whole)
         fprintf(stderr, "tavisys-server: 扫描未完成: %s\n", system_error_text(ENOMEM));

@@ -129,11 +129,13 @@ public:
     WALK_T(const FOLDER_T &root, const std::atomic<bool> &stop, std::span<const DOCUMENT_T> before)
         : root_(root), stop_(stop), before_(before) {}
 
-    // The names of the folders in a folder, which is named below the library folder.
+    // The names of the folders in a folder above the partitions, which is named below the library folder.
     std::vector<std::string> folders_in(const char *path) {
         const FOLDER_T folder(root_, path);
         CONTENT_T content;
         read(folder, path, &content);
+        if (content.has_document)
+            found_.passed_over.push_back({path, "其中的metadata.xml不属于任何分区, 应放在 硬盘/分区/ 之下"});
         return std::move(content.folders);
     }
 
@@ -375,9 +377,11 @@ const char *DOCUMENT_READER_T::open(const DOCUMENT_T &document, SIGNATURE_T *sig
         return system_error_text(errno, WANTED_T::READ_FILE);
     if (!S_ISREG(status.st_mode))
         return "不是普通文件";
+    *signature = signature_of(status);
+    if (status.st_size == 0)
+        return "是空文件";
     if (status.st_size > LARGEST_DOCUMENT)
         return "超过4 MiB";
-    *signature = signature_of(status);
     buffer_.resize(std::max(buffer_.size(), static_cast<size_t>(status.st_size)));
     length_ = static_cast<size_t>(status.st_size);
     return nullptr;

@@ -76,7 +76,8 @@ class DOCUMENT_READER_T {
 public:
     explicit DOCUMENT_READER_T(const std::string &root) : root_(root) {}
 
-    // Opens the document and tells its signature. Returns NULL, or a static text: why it can't be loaded.
+    // Opens the document and tells its signature. Returns NULL, or a static text: why it can't be loaded. A
+    // signature that is told all the same is that of a document for which this holds as long as it stays so.
     const char *open(const DOCUMENT_T &document, SIGNATURE_T *signature);
     // Reads the open document. Returns as open() does.
     const char *read();

@@ -161,7 +161,7 @@ std::string METRICS_T::text(const CATALOGUE_T &catalogue, size_t held) const {
     text += movies_of(catalogue);
     text += single("tavisys_documents_left_out", "gauge", "Documents that the last scan left out.",
                    documents_left_out_.value());
-    text += single("tavisys_folders_left_out", "gauge", "Folders that the last scan could not read.",
+    text += single("tavisys_folders_left_out", "gauge", "Folders that the last scan could not take in whole.",
                    folders_left_out_.value());
     text += single("tavisys_incomplete_scans_total", "counter", "Scans that ran out of memory.",
                    broken_scans_.value());

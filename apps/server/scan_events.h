@@ -13,7 +13,7 @@ namespace server {
 struct SCAN_END_T {
     bool whole;              // false when memory was short: the catalogue before it goes on being served
     double seconds;          // that it took
-    size_t folders_left_out; // which could not be read
+    size_t folders_left_out; // in whole or in part
 };
 
 // Each of them may be empty.

@@ -219,7 +219,7 @@ private:
             return known(scanner_->outcomes_[document.before]);
         SIGNATURE_T signature;
         if (const char *reason = reader->open(document, &signature); reason != nullptr)
-            return {nullptr, reason, {}};
+            return {nullptr, reason, signature};
         if (const char *reason = reader->read(); reason != nullptr)
             return {nullptr, reason, {}};
         scanner_->parsed_++;
