@@ -9,7 +9,8 @@
 extern "C" {
 #endif
 
-/** Find the IPv4 address of a network interface.
+/** Find the IPv4 address of a network interface. One that is missing, or has no address, is looked for again
+ *  once a millisecond at most: until then the answer is the last one.
  *  @param name   [in]  interface name, such as "eth0".
  *  @param buffer [out] receives the dotted address; untouched on failure.
  *  @param size   [in]  bytes in the buffer; 16 hold any address.

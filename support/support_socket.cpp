@@ -219,6 +219,7 @@ INT32_T create_tcp_server_socket(INT32_T port) {
         return -1;
     if (listen(sock.get(), SOMAXCONN) < 0)
         return -1;
+    send_without_delay(sock.get()); // what is accepted inherits it
     return sock.release();
 }
 
@@ -248,10 +249,8 @@ INT32_T create_tcp_client_socket(const INT8_T *ipaddr, INT32_T port, INT32_T *so
 INT32_T create_tcp_accept_socket(INT32_T listener) {
     for (;;) {
         const int sock = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-        if (sock >= 0) {
-            send_without_delay(sock);
+        if (sock >= 0)
             return sock;
-        }
         if (!concerns_one_connection(errno))
             return -1;
     }

@@ -141,8 +141,8 @@ public:
 
     FOUND_T documents_in(const std::string &partition) {
         found_ = {};
-        disk_length_ = static_cast<uint32_t>(partition.find('/'));
-        partition_length_ = static_cast<uint32_t>(partition.size()) - disk_length_ - 1;
+        disk_length_ = static_cast<uint16_t>(partition.find('/'));
+        partition_length_ = static_cast<uint16_t>(partition.size() - disk_length_ - 1);
         path_ = partition;
         const auto is_earlier = [](const DOCUMENT_T &document, const std::string &path) {
             return is_walked_before(document.folder, path);
@@ -169,7 +169,7 @@ private:
         if (content.has_document) {
             const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
             const bool may_be_relied_on = is_there && content.folders.empty() && has_settled(signature);
-            const size_t before = place_before();
+            const uint32_t before = place_before();
             SIGNATURE_T seen;
             if (before != UNKNOWN)
                 look_at(folder.file(), DOCUMENT_NAME, &seen);
@@ -190,11 +190,11 @@ private:
         }
     }
 
-    void add(const FOLDER_SIGNATURE_T &leaf, size_t before, const SIGNATURE_T &seen) {
+    void add(const FOLDER_SIGNATURE_T &leaf, uint32_t before, const SIGNATURE_T &seen) {
         auto *name = static_cast<char *>(found_.names->allocate(path_.size(), 1));
         path_.copy(name, path_.size());
         found_.documents.push_back(
-            {{name, path_.size()}, disk_length_, partition_length_, leaf, before, seen});
+            {{name, path_.size()}, disk_length_, partition_length_, before, leaf, seen});
     }
 
     // False when there is nothing of that name. What isn't a file has no signature.
@@ -214,7 +214,7 @@ private:
         if (fstatat(parent.file(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0)
             return false;
         const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
-        const size_t before = place_before();
+        const uint32_t before = place_before();
         const bool is_as_before = before != UNKNOWN && before_[before].leaf == signature;
         const bool has_no_folders =
             links_count_ && S_ISDIR(status.st_mode) && status.st_nlink == 2 && status.st_dev == device_;
@@ -228,10 +228,11 @@ private:
     }
 
     // Both walks go the same way.
-    size_t place_before() {
+    uint32_t place_before() {
         while (next_ < before_.size() && is_walked_before(before_[next_].folder, path_))
             next_++;
-        return next_ < before_.size() && before_[next_].folder == path_ ? next_ : UNKNOWN;
+        return next_ < before_.size() && before_[next_].folder == path_ ? static_cast<uint32_t>(next_)
+                                                                        : UNKNOWN;
     }
 
     bool read(const FOLDER_T &folder, const char *path, CONTENT_T *content) {
@@ -275,8 +276,8 @@ private:
     std::string name_;         // of a document, from its folder's parent on
     bool links_count_ = false; // on this device
     dev_t device_ = 0;
-    uint32_t disk_length_ = 0;
-    uint32_t partition_length_ = 0;
+    uint16_t disk_length_ = 0; // names have 255 bytes at most
+    uint16_t partition_length_ = 0;
     alignas(dirent64) std::array<char, size_t{64} * 1024> buffer_{};
 };
 

@@ -34,17 +34,17 @@ struct FOLDER_SIGNATURE_T {
     bool operator==(const FOLDER_SIGNATURE_T &) const = default;
 };
 
-constexpr size_t UNKNOWN = SIZE_MAX;
+constexpr uint32_t UNKNOWN = UINT32_MAX;
 
 // A document of the library: DIR/<disk>/<partition>/<folder...>/metadata.xml.
 struct DOCUMENT_T {
     std::string_view folder;   // below the library folder: "sda/sda1/TV1993-0001"; among the library's names
-    uint32_t disk_length;      // of "sda" in it
-    uint32_t partition_length; // of "sda1" behind the first slash
+    uint16_t disk_length;      // of "sda" in it
+    uint16_t partition_length; // of "sda1" behind the first slash
+    uint32_t before = UNKNOWN; // its place among the documents of the last walk
     // Of a folder without folders that had last changed well before it was read. Else of no folder.
     FOLDER_SIGNATURE_T leaf;
-    size_t before = UNKNOWN; // its place among the documents of the last walk
-    SIGNATURE_T seen;        // as this walk has seen it; of none where nothing is known of it from before
+    SIGNATURE_T seen; // as this walk has seen it; of none where nothing is known of it from before
 
     std::string disk() const { return std::string(folder.substr(0, disk_length)); }
     std::string partition() const { return std::string(folder.substr(disk_length + 1, partition_length)); }

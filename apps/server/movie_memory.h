@@ -49,7 +49,7 @@ SLAB_SHARE_T take_movie_memory(size_t size);
 template <class T>
 struct TAKEN_MEMORY_T {
     using value_type = T;
-    static constexpr size_t ROOM = 96; // for the object with its counts
+    static constexpr size_t ROOM = 88; // for the object with its counts
 
     TAKEN_MEMORY_T(std::shared_ptr<SLAB_T> of, std::byte *taken) : slab(std::move(of)), at(taken) {}
     template <class OTHER>

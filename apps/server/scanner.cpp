@@ -244,11 +244,11 @@ private:
     }
 
     // A snapshot stays until the next one is made. Two of nearly all movies would take the most memory that
-    // loading takes, so what follows the first third comes with the whole.
+    // loading takes, so what follows the first quarter comes with the whole.
     void publish_if_due() {
         const auto now = CLOCK_T::now();
         const auto pause = std::max<CLOCK_T::duration>(PUBLISH_EVERY, last_cost_ * PUBLISH_SHARE);
-        if (now - published_at_ < pause || collected_ > library_.documents.size() / 3)
+        if (now - published_at_ < pause || collected_ > library_.documents.size() / 4)
             return;
         publish(movies_);
         published_at_ = CLOCK_T::now();
