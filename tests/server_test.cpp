@@ -334,7 +334,7 @@ TEST(Server, WhatIsLeftOfALibraryKeepsItsIds) {
     ASSERT_TRUE(scan_without([](size_t i) { return i % 8 != 0; }));
     auto left = ids_by_name();
     EXPECT_EQ(50U, left.size());
-    for (const size_t last : {0, 8}) {
+    for (const size_t last : {size_t{0}, size_t{8}}) {
         ASSERT_TRUE(scan_without([&](size_t i) { return i == last; }));
         left.erase(std::to_string(last));
         EXPECT_EQ(left, ids_by_name());
