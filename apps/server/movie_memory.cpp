@@ -9,9 +9,13 @@ namespace server {
 
 namespace {
 
-constexpr size_t FIRST_SLAB = size_t{64} * 1024; // a small library takes little
+// Up to a slab is kept of movies that have gone, so it is a small part of those that are there.
+constexpr size_t SMALLEST_SLAB = size_t{64} * 1024;
 constexpr size_t LARGEST_SLAB = LARGE_PAGE;
+constexpr size_t SLABS = 8;
 constexpr size_t LARGEST_SHARE = LARGEST_SLAB / 8; // what is larger has a slab of its own
+
+constinit std::atomic<size_t> s_live = 0; // in all slabs
 
 } // namespace
 
@@ -19,6 +23,16 @@ SLAB_T::SLAB_T(size_t size) : size_(size), memory_(static_cast<std::byte *>(allo
 
 SLAB_T::~SLAB_T() {
     free_large_pages(memory_, size_);
+}
+
+void SLAB_T::enter(size_t size) {
+    live_ += size;
+    s_live += size;
+}
+
+void SLAB_T::leave(size_t size) {
+    live_ -= size;
+    s_live -= size;
 }
 
 std::span<std::byte> SLAB_T::take(size_t size) {
@@ -34,7 +48,6 @@ std::span<std::byte> SLAB_T::take(size_t size) {
 SLAB_SHARE_T take_movie_memory(size_t size) {
     static std::mutex s_mutex;
     static std::shared_ptr<SLAB_T> s_current;
-    static size_t s_next = FIRST_SLAB;
     if (size > LARGEST_SHARE) {
         auto slab = std::make_shared<SLAB_T>(size + alignof(std::max_align_t));
         slab->close();
@@ -48,8 +61,8 @@ SLAB_SHARE_T take_movie_memory(size_t size) {
                 return {s_current, bytes};
             s_current->close();
         }
-        s_current = std::make_shared<SLAB_T>(std::max(s_next, size + alignof(std::max_align_t)));
-        s_next = std::min(s_next * 2, LARGEST_SLAB);
+        const size_t fitting = std::clamp(s_live / SLABS, SMALLEST_SLAB, LARGEST_SLAB);
+        s_current = std::make_shared<SLAB_T>(std::max(fitting, size + alignof(std::max_align_t)));
     }
 }
 

@@ -24,8 +24,8 @@ public:
     void close() { closed_ = true; } // nothing more will be taken
 
     // What movies that are there take. From any thread.
-    void enter(size_t size) { live_ += size; }
-    void leave(size_t size) { live_ -= size; }
+    void enter(size_t size);
+    void leave(size_t size);
     // Whether few movies keep much memory.
     bool is_mostly_empty() const { return closed_ && live_ * 2 < size_; }
 
