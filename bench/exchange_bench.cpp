@@ -11,15 +11,17 @@
 //     grpc       protobuf on a kept connection
 //     http       HTTP/1.1 and JSON, a connection for each exchange
 //     http_kept  the same on a kept connection
-// Every round takes each transport in turn. Counters, for each transport: exchanges per second over those of
-// the floor, and as NAME_p99 its 99th percentile of latency over the floor's; of the floor itself
-// `floor_per_s`, `floor_p50_us`, `floor_p99_us`.
-// Port 40001 must be free.
+// Every round takes each transport in turn, in an order of its own: what went before leaves processors and
+// caches in a state that may suit the next one or not. Counters, for each transport: exchanges per second
+// over those of the floor, and as NAME_p99 its 99th percentile of latency over the floor's; of the floor
+// itself `floor_per_s`, `floor_p50_us`, `floor_p99_us`. Port 40001 must be free.
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <numeric>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -88,8 +90,12 @@ void take_turn(TRANSPORT_T &transport, QUESTION_T question, int clients, FIGURES
 void measure(benchmark::State &state, const std::vector<TRANSPORT_T *> &transports, QUESTION_T question,
              int clients) {
     std::vector<FIGURES_T> figures(transports.size());
+    std::vector<size_t> order(transports.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::mt19937 shuffler; // the same orders in every run
     for (auto _ : state) {
-        for (size_t i = 0; i < transports.size(); i++)
+        std::shuffle(order.begin(), order.end(), shuffler);
+        for (const size_t i : order)
             take_turn(*transports[i], question, clients, &figures[i]);
         state.SetIterationTime(1 / figures[1].per_second());
     }

@@ -19,7 +19,8 @@ extern "C" {
  *          descriptors. */
 TAVISYS_API INT32_T create_tcp_server_socket(INT32_T port);
 
-/** Connect to a server, waiting at most 5 seconds.
+/** Connect to a server, waiting at most 5 seconds. What a caller sends by itself through the blocking socket
+ *  waits no longer either: its SO_SNDTIMEO is set.
  *  @param ipaddr [in]  dotted IPv4 address.
  *  @param port   [in]  1 to 65535.
  *  @param sock   [out] receives the connected socket; untouched on failure.

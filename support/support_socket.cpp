@@ -8,8 +8,8 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/uio.h>
 #include <unistd.h>
 #include <utility>
@@ -74,11 +74,18 @@ bool is_for_later(int error) {
     return error == EAGAIN || error == EWOULDBLOCK;
 }
 
-// Completes a connect that is under way.
-bool finish_connect(int sock) {
+// The kernel's own limit for connect() and for blocking sends: without it, a connect that gives up would need
+// a socket that doesn't block, poll() and a change back, for each connection.
+bool limit_blocking(int sock) {
+    const timeval limit{CONNECT_TIMEOUT, 0};
+    return setsockopt(sock, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit) == 0;
+}
+
+// Completes a connect that a signal has interrupted, or tells that its time is up.
+bool finish_connect(int sock, const DEADLINE_T &deadline) {
     if (errno != EINPROGRESS && errno != EINTR)
         return false;
-    const short events = wait_for(sock, POLLOUT, DEADLINE_T(CONNECT_TIMEOUT));
+    const short events = wait_for(sock, POLLOUT, deadline);
     if (events == 0 || events == POLLOUT) // a connect that failed is told as an error, too
         return events != 0;
     int error = 0;
@@ -106,11 +113,6 @@ bool concerns_one_connection(int error) {
     default:
         return false;
     }
-}
-
-bool make_blocking(int sock) {
-    int nonblocking = 0;
-    return ioctl(sock, FIONBIO, &nonblocking) == 0;
 }
 
 // Steps over what has been sent; returns the pieces that are left.
@@ -233,15 +235,14 @@ INT32_T create_tcp_client_socket(const INT8_T *ipaddr, INT32_T port, INT32_T *so
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<uint16_t>(port));
 
-    SOCKET_T connection(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (connection.get() < 0)
+    SOCKET_T connection(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (connection.get() < 0 || !limit_blocking(connection.get()))
         return -1;
+    send_without_delay(connection.get()); // before the server waits for what is sent
+    const DEADLINE_T deadline(CONNECT_TIMEOUT);
     if (connect(connection.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) < 0 &&
-        !finish_connect(connection.get()))
+        !finish_connect(connection.get(), deadline))
         return -1;
-    if (!make_blocking(connection.get()))
-        return -1;
-    send_without_delay(connection.get());
     *sock = connection.release();
     return 0;
 }
