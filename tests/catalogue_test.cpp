@@ -2,13 +2,17 @@
 #include "catalogue.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <new>
 #include <random>
 
 #include "metadata_parse.h"
 #include "page_body.h"
 #include "server_harness.h"
+#include "share_work.h"
 
 using namespace server;
 using harness::MOVIE_DOCUMENT_T;
@@ -100,10 +104,12 @@ TEST(Catalogue, PagesHoldWhatAPlainSearchFinds) {
     for (int i = 0; i < 400; i++)
         movies.push_back(random_movie(&random, i));
     const DISK_T disk{"sda", "S1", {{"sda1", "U1", "/m", {400, 400, 0}}}};
-    const CATALOGUE_T catalogue(movies, {&disk, 1});
+    const CATALOGUE_T by_one(movies, {&disk, 1});
+    const CATALOGUE_T by_three(movies, {&disk, 1}, 3); // threads
 
     size_t filled = 0;
     for (int i = 0; i < 3000; i++) {
+        const CATALOGUE_T &catalogue = i % 2 == 0 ? by_one : by_three;
         const REQUEST_T request{random.below(5),
                                 random.below(3) * random.below(10),
                                 random.below(2) * random.below(7),
@@ -135,7 +141,7 @@ TEST(Catalogue, PageBodiesAreWhatTheEncodersMakeOfTheirMovies) {
         movies.push_back(random_movie(&random, i));
     const DISK_T disks[] = {{"sda", "S1", {{"sda1", "U1", "/m", {20, 20, 0}}}},
                             {"sdb", "", {{"sdb1", "U2", "/n", {40, 40, 0}}}}};
-    const CATALOGUE_T catalogue(movies, disks);
+    const CATALOGUE_T catalogue(movies, disks, 2);
     const struct {
         PAGE_FORM_T form;
         INT32_T (*decode)(const void *, INT32_T, TP_TAVISYS_BASIC_MOVIE_EXT_INFORMATION_T **);
@@ -175,6 +181,21 @@ TEST(Catalogue, PageBodiesAreWhatTheEncodersMakeOfTheirMovies) {
             safe_free(again);
             safe_free(body);
         }
+}
+
+TEST(Catalogue, ThreadsDoEachPieceOfWorkOnceAndPassAFailureOn) {
+    for (const size_t threads : {0, 1, 2, 5, 200}) {
+        std::array<std::atomic<int>, 100> done{};
+        share_work(threads, done.size(), [&](size_t piece) { done[piece]++; });
+        EXPECT_EQ(100, std::count(done.begin(), done.end(), 1)) << threads;
+        EXPECT_THROW(share_work(threads, done.size(),
+                                [](size_t piece) {
+                                    if (piece == 7)
+                                        throw std::bad_alloc();
+                                }),
+                     std::bad_alloc);
+        share_work(threads, 0, [](size_t) { FAIL(); });
+    }
 }
 
 // Movies share pieces of memory: a few that are left of many say so, and their copies lie among others.

@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "page_body.h"
+#include "share_work.h"
 
 namespace server {
 
@@ -44,21 +45,19 @@ public:
     }
     void end_movie() { ends_.push_back(of_movies_.size()); }
 
-    // `order`: where each movie has come, by position.
-    void fill(const std::array<POSITIONS_T, ORDERS> &sorted, const POSITIONS_T &order) {
-        for (size_t by = 0; by < ORDERS; by++) {
-            for (SORTED_T *list : lists_) {
-                list->ranks[by].reserve(list->is_filter ? list->movies : 0);
-                list->positions[by].reserve(list->is_often_alone ? list->movies : 0);
-            }
-            for (RANK_T rank = 0; rank < sorted[by].size(); rank++) {
-                const POSITION_T position = sorted[by][rank];
-                const POSITION_T came = order[position];
-                if (rank + AHEAD < order.size())
-                    __builtin_prefetch(&of_movies_[ends_[order[sorted[by][rank + AHEAD]]] - 1]);
-                for (size_t i = came == 0 ? 0 : ends_[came - 1]; i < ends_[came]; i++)
-                    append(lists_[of_movies_[i]], by, rank, position);
-            }
+    // Of one of the orders. `came`: where each movie has come, by position.
+    void fill(size_t order, const POSITIONS_T &sorted, const POSITIONS_T &came) const {
+        for (SORTED_T *list : lists_) {
+            list->ranks[order].reserve(list->is_filter ? list->movies : 0);
+            list->positions[order].reserve(list->is_often_alone ? list->movies : 0);
+        }
+        for (RANK_T rank = 0; rank < sorted.size(); rank++) {
+            if (rank + AHEAD < sorted.size())
+                __builtin_prefetch(begin(came[sorted[rank + AHEAD]]));
+            const POSITION_T position = sorted[rank];
+            const uint32_t *end = begin(came[position] + 1);
+            for (const uint32_t *number = begin(came[position]); number < end; number++)
+                append(lists_[*number], order, rank, position);
         }
     }
 
@@ -69,6 +68,8 @@ private:
         if (list->is_often_alone)
             list->positions[order].push_back(position);
     }
+
+    const uint32_t *begin(size_t came) const { return of_movies_.data() + (came == 0 ? 0 : ends_[came - 1]); }
 
     std::vector<SORTED_T *> lists_;
     std::vector<uint32_t> of_movies_; // numbers of lists, movie by movie
@@ -310,102 +311,147 @@ struct CATALOGUE_T::KEYS_T {
     int64_t score;
 };
 
-CATALOGUE_T::CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks)
+CATALOGUE_T::CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks, size_t threads)
     : movies_(std::move(movies)), storage_(disks, movies_) {
-    place_movies(file_movies()); // what filing takes is given up before placing takes more
+    // What filing takes is given up before placing takes more.
+    place_movies(file_movies(threads), threads);
 }
 
 // Looks at each movie as it has come: so they lie in memory, and one in another place would be waited for.
 // Returns where each has come, by position.
-POSITIONS_T CATALOGUE_T::file_movies() {
+POSITIONS_T CATALOGUE_T::file_movies(size_t threads) {
     std::vector<KEYS_T> keys;
     keys.reserve(movies_.size());
     CATEGORY_T &all = categories_[ALL_CATEGORIES]; // there also when nothing is loaded
-    RANK_LISTS_T lists;
-    for (const MOVIE_PTR &movie : movies_) {
-        const KEYS_T &key = keys.emplace_back(*movie->record);
+    std::array<RANK_LISTS_T, 2> lists;             // of each movie's own category, of all together
+    const auto file_under_own = [&](const DBDATA_MOVIE_INFORMATION_T &movie) {
+        const KEYS_T &key = keys.emplace_back(movie);
         CATEGORY_T &own = categories_[key.category];
-        own.name = movie->record->category_list->info->name;
-        file_movie(&own, *movie->record, &lists);
+        own.name = movie.category_list->info->name;
+        file_movie(&own, movie, &lists[0]);
         own.sorted.is_often_alone = true;
-        lists.add(&own.sorted);
-        file_movie(&all, *movie->record, &lists);
-        lists.end_movie();
-    }
-    POSITIONS_T order = sort_movies(keys);
-    lists.fill(sorted_, order);
+        lists[0].add(&own.sorted);
+    };
+    share_work(threads, lists.size(), [&](size_t part) {
+        for (const MOVIE_PTR &movie : movies_) {
+            if (part == 0)
+                file_under_own(*movie->record);
+            else
+                file_movie(&all, *movie->record, &lists[1]);
+            lists[part].end_movie();
+        }
+    });
+    POSITIONS_T came = sort_movies(keys, threads);
+    share_work(threads, lists.size() * ORDERS, [&](size_t piece) {
+        const size_t order = piece % ORDERS;
+        lists[piece / ORDERS].fill(order, sorted_[order], came);
+    });
     for (auto &[id, category] : categories_)
         std::transform(category.values.begin(), category.values.end(), category.menus.begin(), menu_of);
-    return order;
+    return came;
 }
 
 // Each order sorts by a key of its own and, among equals, by movie code. The movies of a category lie side by
 // side, in the order in which most pages are asked for: such a page, however deep, reads memory from front to
 // end.
-POSITIONS_T CATALOGUE_T::sort_movies(const std::vector<KEYS_T> &keys) {
-    const POSITIONS_T by_code = sorted_by_code(keys);
-    const auto by = [&](auto key_of) {
-        return sorted_by(by_code, [&](POSITION_T came) { return key_of(keys[came]); });
+POSITIONS_T CATALOGUE_T::sort_movies(const std::vector<KEYS_T> &keys, size_t threads) {
+    by_code_ = sorted_by_code(keys, threads);
+    POSITIONS_T came;
+    const auto sort = [&](POSITIONS_T *sorted, auto key_of) {
+        *sorted = sorted_by(by_code_, [&](POSITION_T at) { return key_of(keys[at]); });
     };
-    POSITIONS_T order = by([](const KEYS_T &key) { return std::pair(key.category, key.put_time); });
-    POSITIONS_T position_of(order.size());
-    for (POSITION_T position = 0; position < order.size(); position++)
-        position_of[order[position]] = position;
+    share_work(threads, 1 + ORDERS, [&](size_t piece) {
+        switch (piece) {
+        case TP_ORDER_BY_PUT_TIME:
+            return sort(&sorted_[piece], [](const KEYS_T &key) { return key.put_time; });
+        case TP_ORDER_BY_PUBLISH_TIME:
+            return sort(&sorted_[piece], [](const KEYS_T &key) { return key.publish_time; });
+        case TP_ORDER_BY_SCORE:
+            return sort(&sorted_[piece], [](const KEYS_T &key) { return key.score; });
+        case TP_ORDER_BY_NAME:
+            return sort(&sorted_[piece], [](const KEYS_T &key) { return key.name; });
+        default:
+            return sort(&came, [](const KEYS_T &key) { return std::pair(key.category, key.put_time); });
+        }
+    });
 
-    const auto place = [&](POSITIONS_T sorted) {
-        for (POSITION_T &came : sorted)
-            came = position_of[came];
-        return sorted;
+    POSITIONS_T position_of(came.size());
+    for (POSITION_T position = 0; position < came.size(); position++)
+        position_of[came[position]] = position;
+    const auto place = [&](POSITIONS_T *sorted) {
+        for (POSITION_T &at : *sorted)
+            at = position_of[at];
     };
-    by_code_ = place(by_code);
-    sorted_[TP_ORDER_BY_PUT_TIME] = place(by([](const KEYS_T &key) { return key.put_time; }));
-    sorted_[TP_ORDER_BY_PUBLISH_TIME] = place(by([](const KEYS_T &key) { return key.publish_time; }));
-    sorted_[TP_ORDER_BY_SCORE] = place(by([](const KEYS_T &key) { return key.score; }));
-    sorted_[TP_ORDER_BY_NAME] = place(by([](const KEYS_T &key) { return key.name; }));
-    return order;
+    place(&by_code_);
+    std::for_each(sorted_.begin(), sorted_.end(), [&](POSITIONS_T &sorted) { place(&sorted); });
+    return came;
 }
 
-POSITIONS_T CATALOGUE_T::sorted_by_code(const std::vector<KEYS_T> &keys) const {
+POSITIONS_T CATALOGUE_T::sorted_by_code(const std::vector<KEYS_T> &keys, size_t threads) const {
     std::vector<std::pair<TEXT_KEY_T, POSITION_T>> codes;
     codes.reserve(keys.size());
     for (POSITION_T came = 0; came < keys.size(); came++)
         codes.emplace_back(keys[came].code, came);
-    std::sort(codes.begin(), codes.end(), [&](const auto &left, const auto &right) {
+    const auto goes_before = [&](const auto &left, const auto &right) {
         if (const int order = left.first.compare(right.first); order != 0)
             return order < 0;
         return lies_before(record(left.second), record(right.second));
+    };
+    const auto middle = codes.begin() + static_cast<ptrdiff_t>(codes.size() / 2);
+    share_work(threads, 2, [&](size_t half) {
+        std::sort(half == 0 ? codes.begin() : middle, half == 0 ? middle : codes.end(), goes_before);
     });
+    std::inplace_merge(codes.begin(), middle, codes.end(), goes_before);
     return positions_of(codes);
 }
 
-void CATALOGUE_T::place_movies(const POSITIONS_T &order) {
-    std::vector<const INT8_T *> serials; // as the movies have come, by disk
+// Of the disks, for each movie as it has come.
+std::vector<const INT8_T *> CATALOGUE_T::serials() const {
+    std::vector<const INT8_T *> serials;
     const auto *disk = storage_.disks();
     for (; disk != nullptr; disk = static_cast<const DBDATA_HARDDISK_INFORMATION_LIST_T *>(disk->next))
         serials.resize(serials.size() + disk->movstat.parseok_movies, disk->info->serialno);
+    return serials;
+}
 
-    for (POSITION_T position = 0; position < order.size(); position++) {
-        POSITION_T now_at = order[position];
+void CATALOGUE_T::place_movies(const POSITIONS_T &came, size_t threads) {
+    for (POSITION_T position = 0; position < came.size(); position++) {
+        POSITION_T now_at = came[position];
         while (now_at < position) // has made room for another
-            now_at = order[now_at];
+            now_at = came[now_at];
         std::swap(movies_[position], movies_[now_at]);
     }
-    page_parts_.reserve(order.size());
-    by_id_.reserve(order.size());
-    for (POSITION_T position = 0; position < order.size(); position++) {
-        if (position + 2 * AHEAD < order.size())
-            __builtin_prefetch(movies_[position + 2 * AHEAD].get());
-        if (position + AHEAD < order.size())
-            fetch(movies_[position + AHEAD]->bytes());
-        const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
-        by_id_.emplace_back(movie.id, position);
-        if (*text_or_empty(movie.posters->big) != '\0')
-            with_poster_.push_back(position);
-        const std::string part = page_part_of(movie, movies_[position]->folder, serials[order[position]]);
-        auto *kept = static_cast<char *>(page_memory_.allocate(part.size(), 1));
-        page_parts_.push_back({kept, static_cast<INT32_T>(part.copy(kept, part.size()))});
-    }
+    const std::vector<const INT8_T *> serials = this->serials();
+    page_parts_.resize(came.size());
+    by_id_.resize(came.size());
+    std::array<POSITIONS_T, 2> with_poster; // of each half
+    share_work(threads, with_poster.size(), [&](size_t half) {
+        const auto begin_of = [&](size_t of) { return static_cast<POSITION_T>(came.size() * of / 2); };
+        for (POSITION_T position = begin_of(half); position < begin_of(half + 1); position++) {
+            fetch_movies_after(position);
+            place_movie(position, serials[came[position]], &page_memory_[half]);
+            if (*text_or_empty(record(position).posters->big) != '\0')
+                with_poster[half].push_back(position);
+        }
+    });
+    with_poster_ = std::move(with_poster[0]);
+    with_poster_.insert(with_poster_.end(), with_poster[1].begin(), with_poster[1].end());
     std::sort(by_id_.begin(), by_id_.end());
+}
+
+void CATALOGUE_T::fetch_movies_after(POSITION_T position) const {
+    if (position + 2 * AHEAD < movies_.size())
+        __builtin_prefetch(movies_[position + 2 * AHEAD].get());
+    if (position + AHEAD < movies_.size())
+        fetch(movies_[position + AHEAD]->bytes());
+}
+
+void CATALOGUE_T::place_movie(POSITION_T position, const INT8_T *serial, PAGE_MEMORY_T *memory) {
+    const DBDATA_MOVIE_INFORMATION_T &movie = record(position);
+    by_id_[position] = {movie.id, position};
+    const std::string part = page_part_of(movie, movies_[position]->folder, serial);
+    auto *kept = static_cast<char *>(memory->allocate(part.size(), 1));
+    page_parts_[position] = {kept, static_cast<INT32_T>(part.copy(kept, part.size()))};
 }
 
 const CATEGORY_T *CATALOGUE_T::category(INT32_T cid) const {

@@ -67,8 +67,8 @@ struct PAGE_T {
 
 class CATALOGUE_T {
 public:
-    // The movies are those of the disks, by disk and partition.
-    CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks);
+    // The movies are those of the disks, by disk and partition. So many threads make it.
+    CATALOGUE_T(std::vector<MOVIE_PTR> movies, std::span<const DISK_T> disks, size_t threads = 1);
 
     const STORAGE_T &storage() const { return storage_; }
     const std::vector<MOVIE_PTR> &movies() const { return movies_; } // by position
@@ -90,15 +90,22 @@ public:
 
 private:
     struct KEYS_T;
-    POSITIONS_T file_movies();
-    POSITIONS_T sort_movies(const std::vector<KEYS_T> &keys);
-    POSITIONS_T sorted_by_code(const std::vector<KEYS_T> &keys) const;
-    void place_movies(const POSITIONS_T &order);
+    struct PAGE_MEMORY_T : std::pmr::monotonic_buffer_resource {
+        PAGE_MEMORY_T() : monotonic_buffer_resource(LARGE_PAGES_T::get()) {}
+    };
+
+    POSITIONS_T file_movies(size_t threads);
+    POSITIONS_T sort_movies(const std::vector<KEYS_T> &keys, size_t threads);
+    POSITIONS_T sorted_by_code(const std::vector<KEYS_T> &keys, size_t threads) const;
+    void place_movies(const POSITIONS_T &came, size_t threads);
+    std::vector<const INT8_T *> serials() const;
+    void fetch_movies_after(POSITION_T position) const;
+    void place_movie(POSITION_T position, const INT8_T *serial, PAGE_MEMORY_T *memory);
     const DBDATA_MOVIE_INFORMATION_T &record(POSITION_T position) const { return *movies_[position]->record; }
 
     std::vector<MOVIE_PTR> movies_; // given up after the storage, whose nodes refer to their records
     STORAGE_T storage_;
-    std::pmr::monotonic_buffer_resource page_memory_{LARGE_PAGES_T::get()};
+    std::array<PAGE_MEMORY_T, 2> page_memory_; // of each half of the movies
     std::pmr::vector<TP_TAVISYS_BASIC_MOVIE_PART_T> page_parts_{LARGE_PAGES_T::get()}; // by position
     POSITIONS_T with_poster_;
     POSITIONS_T by_code_;

@@ -11,15 +11,13 @@
 #include <linux/magic.h>
 #include <linux/openat2.h>
 #include <memory>
-#include <new>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/syscall.h>
-#include <system_error>
-#include <thread>
 #include <unistd.h>
 
+#include "share_work.h"
 #include "system_error_text.h"
 
 namespace server {
@@ -153,14 +151,14 @@ public:
         struct stat status {};
         links_count_ = fstat(folder.file(), &status) == 0 && links_count_folders(folder.file());
         device_ = status.st_dev;
-        look_into(folder, 1);
+        look_into(folder, 1, place_before());
         return std::move(found_);
     }
 
     std::vector<PASSED_OVER_T> passed_over() { return std::move(found_.passed_over); }
 
 private:
-    void look_into(const FOLDER_T &folder, size_t level) {
+    void look_into(const FOLDER_T &folder, size_t level, uint32_t before) {
         struct stat status {};
         const bool is_there = fstat(folder.file(), &status) == 0; // before it is read
         CONTENT_T content;
@@ -169,7 +167,6 @@ private:
         if (content.has_document) {
             const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
             const bool may_be_relied_on = is_there && content.folders.empty() && has_settled(signature);
-            const uint32_t before = place_before();
             SIGNATURE_T seen;
             if (before != UNKNOWN)
                 look_at(folder.file(), DOCUMENT_NAME, &seen);
@@ -184,8 +181,9 @@ private:
             if (stop_)
                 return;
             path_.append("/").append(name);
-            if (!add_leaf(folder, name))
-                look_into(FOLDER_T(folder, name.c_str()), level + 1);
+            const uint32_t place = place_before();
+            if (!add_leaf(folder, name, place))
+                look_into(FOLDER_T(folder, name.c_str()), level + 1, place);
             path_.resize(length);
         }
     }
@@ -209,12 +207,11 @@ private:
 
     // Adds the document of a folder without folders, when it can be told that there are none without reading
     // the folder. False when it can't.
-    bool add_leaf(const FOLDER_T &parent, const std::string &name) {
+    bool add_leaf(const FOLDER_T &parent, const std::string &name, uint32_t before) {
         struct stat status {};
         if (fstatat(parent.file(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) < 0)
             return false;
         const FOLDER_SIGNATURE_T signature = signature_of_folder(status);
-        const uint32_t before = place_before();
         const bool is_as_before = before != UNKNOWN && before_[before].leaf == signature;
         const bool has_no_folders =
             links_count_ && S_ISDIR(status.st_mode) && status.st_nlink == 2 && status.st_dev == device_;
@@ -227,12 +224,15 @@ private:
         return true;
     }
 
-    // Both walks go the same way.
+    // Of the folder among the documents of the last walk. Both walks go the same way: each is asked for once.
     uint32_t place_before() {
-        while (next_ < before_.size() && is_walked_before(before_[next_].folder, path_))
-            next_++;
-        return next_ < before_.size() && before_[next_].folder == path_ ? static_cast<uint32_t>(next_)
-                                                                        : UNKNOWN;
+        for (; next_ < before_.size(); next_++) {
+            if (before_[next_].folder == path_) // as nearly always
+                return static_cast<uint32_t>(next_++);
+            if (!is_walked_before(before_[next_].folder, path_))
+                break;
+        }
+        return UNKNOWN;
     }
 
     bool read(const FOLDER_T &folder, const char *path, CONTENT_T *content) {
@@ -281,18 +281,6 @@ private:
     alignas(dirent64) std::array<char, size_t{64} * 1024> buffer_{};
 };
 
-// Calls work() in so many threads, this one among them, and waits until all have returned.
-template <class WORK>
-void share(size_t threads, WORK work) {
-    std::vector<std::jthread> helpers;
-    try {
-        while (helpers.size() + 1 < threads)
-            helpers.emplace_back(work);
-    } catch (const std::system_error &) { // fewer do it as well
-    }
-    work();
-}
-
 } // namespace
 
 LIBRARY_T find_documents(const std::string &path, size_t threads, const std::atomic<bool> &stop,
@@ -312,19 +300,9 @@ LIBRARY_T find_documents(const std::string &path, size_t threads, const std::ato
 
     library.passed_over = top->passed_over();
     std::vector<FOUND_T> found(partitions.size());
-    std::atomic<size_t> next = 0;
-    std::atomic<bool> short_of_memory = false; // no exception may leave a thread
-    share(std::min(threads, partitions.size()), [&] {
-        try {
-            const auto walk = std::make_unique<WALK_T>(root, stop, before);
-            for (size_t i = next++; i < partitions.size(); i = next++)
-                found[i] = walk->documents_in(partitions[i]);
-        } catch (const std::bad_alloc &) {
-            short_of_memory = true;
-        }
+    share_work(threads, partitions.size(), [&](size_t i) {
+        found[i] = std::make_unique<WALK_T>(root, stop, before)->documents_in(partitions[i]);
     });
-    if (short_of_memory)
-        throw std::bad_alloc();
     size_t documents = 0;
     for (const FOUND_T &in_partition : found)
         documents += in_partition.documents.size();

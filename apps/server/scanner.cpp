@@ -240,7 +240,8 @@ private:
     }
 
     void publish(std::vector<MOVIE_PTR> movies) {
-        scanner_->store_->publish(std::make_shared<const CATALOGUE_T>(std::move(movies), library_.disks));
+        scanner_->store_->publish(
+            std::make_shared<const CATALOGUE_T>(std::move(movies), library_.disks, scanner_->parsers_));
     }
 
     // A snapshot stays until the next one is made. Two of nearly all movies would take the most memory that
