@@ -36,7 +36,7 @@ using CLOCK_T = std::chrono::steady_clock;
 
 // Short turns: what disturbs the machine for a second disturbs all.
 constexpr auto TURN = std::chrono::milliseconds(50); // of one transport in a round
-constexpr int ROUNDS = 30;
+constexpr int ROUNDS = 60;
 constexpr int REPETITIONS = 3;
 
 // What a transport did in all its turns of a repetition.
