@@ -92,7 +92,7 @@ void measure(benchmark::State &state, const std::vector<TRANSPORT_T *> &transpor
     std::vector<FIGURES_T> figures(transports.size());
     std::vector<size_t> order(transports.size());
     std::iota(order.begin(), order.end(), 0);
-    std::mt19937 shuffler; // the same orders in every run
+    std::mt19937 shuffler; // NOLINT(cert-msc51-cpp): the same orders in every run
     for (auto _ : state) {
         std::shuffle(order.begin(), order.end(), shuffler);
         for (const size_t i : order)
