@@ -184,7 +184,7 @@ TEST(Catalogue, PageBodiesAreWhatTheEncodersMakeOfTheirMovies) {
 }
 
 TEST(Catalogue, ThreadsDoEachPieceOfWorkOnceAndPassAFailureOn) {
-    for (const size_t threads : {0, 1, 2, 5, 200}) {
+    for (const size_t threads : {0U, 1U, 2U, 5U, 200U}) {
         std::array<std::atomic<int>, 100> done{};
         share_work(threads, done.size(), [&](size_t piece) { done[piece]++; });
         EXPECT_EQ(100, std::count(done.begin(), done.end(), 1)) << threads;
