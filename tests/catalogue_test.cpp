@@ -1,4 +1,4 @@
-// The catalogue's pages against a plain search through all movies.
+// The catalogue's pages against a plain search through all movies, and how threads share work.
 #include "catalogue.h"
 
 #include <algorithm>
@@ -183,7 +183,7 @@ TEST(Catalogue, PageBodiesAreWhatTheEncodersMakeOfTheirMovies) {
         }
 }
 
-TEST(Catalogue, ThreadsDoEachPieceOfWorkOnceAndPassAFailureOn) {
+TEST(ShareWork, ThreadsDoEachPieceOnceAndPassAFailureOn) {
     for (const size_t threads : {0U, 1U, 2U, 5U, 200U}) {
         std::array<std::atomic<int>, 100> done{};
         share_work(threads, done.size(), [&](size_t piece) { done[piece]++; });
